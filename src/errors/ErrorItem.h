@@ -1,0 +1,105 @@
+// The items of a result's chain: where an error was seen, optional
+// parameters, and by the concrete class the error domain and its code.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <boost/any.hpp>
+#include <boost/shared_ptr.hpp>
+
+#include "ZuUtilsExport.h"
+#include "errors/CodeLocation.h"
+#include "errors/ErrorOutputFormat.h"
+#include "platform/ZuTypes.h"
+
+class ZUUTILS_API FXErrorItem {
+ public:
+  typedef std::vector<boost::any> Parameters;
+
+  explicit FXErrorItem(const FXCodeLocation& location) : m_location(location) {}
+  FXErrorItem(const FXErrorItem&) = default;
+  FXErrorItem& operator=(const FXErrorItem&) = default;
+
+  virtual ~FXErrorItem();
+  // The location text; empty for USER_SINGLE_LINE_CODE.
+  virtual std::string AsString(EErrorOutputFormat format) const;
+  virtual std::string AsString() const;
+  virtual boost::shared_ptr<FXErrorItem> Copy() const;
+
+  // Appends a copy of the value; an empty any appends an empty element.
+  FXErrorItem& operator<<(const boost::any& value) {
+    m_parameters.push_back(value);
+    return *this;
+  }
+
+  const FXCodeLocation& GetLocation() const { return m_location; }
+  const Parameters& GetParameters() const { return m_parameters; }
+  Parameters& GetParameters() { return m_parameters; }
+
+ protected:
+  FXCodeLocation m_location;
+  Parameters m_parameters;
+};
+
+class ZUUTILS_API FXErrorItemDescription : public FXErrorItem {
+ public:
+  FXErrorItemDescription(const FXCodeLocation& location, std::string description)
+      : FXErrorItem(location), m_description(std::move(description)) {}
+
+  ~FXErrorItemDescription() override;
+  using FXErrorItem::AsString;
+  // "location/description"
+  std::string AsString() const override;
+  boost::shared_ptr<FXErrorItem> Copy() const override;
+
+  const std::string& GetDescription() const { return m_description; }
+
+ protected:
+  std::string m_description;
+};
+
+// Each error domain has an item class holding the domain's code and a
+// Description subclass adding the caller's text. Their texts differ only by
+// domain, so one macro declares the pair and ErrorItem.cpp defines them.
+#define ZU_DECLARE_ERROR_DOMAIN_ITEMS(Domain, ValueType)                                   \
+  class ZUUTILS_API FXErrorItem##Domain : public FXErrorItem {                             \
+   public:                                                                                 \
+    typedef ValueType value_type;                                                          \
+    FXErrorItem##Domain(const FXCodeLocation& location, ValueType value)                   \
+        : FXErrorItem(location), m_value(value) {}                                         \
+    ~FXErrorItem##Domain() override;                                                       \
+    std::string AsString(EErrorOutputFormat format) const override;                        \
+    std::string AsString() const override;                                                 \
+    boost::shared_ptr<FXErrorItem> Copy() const override;                                  \
+    ValueType GetValue() const { return m_value; }                                         \
+                                                                                           \
+   protected:                                                                              \
+    ValueType m_value;                                                                     \
+  };                                                                                       \
+  class ZUUTILS_API FXErrorItem##Domain##Description : public FXErrorItem##Domain {        \
+   public:                                                                                 \
+    FXErrorItem##Domain##Description(const FXCodeLocation& location, ValueType value,      \
+                                     std::string description)                              \
+        : FXErrorItem##Domain(location, value), m_description(std::move(description)) {}   \
+    ~FXErrorItem##Domain##Description() override;                                          \
+    std::string AsString(EErrorOutputFormat format) const override;                        \
+    std::string AsString() const override;                                                 \
+    boost::shared_ptr<FXErrorItem> Copy() const override;                                  \
+    const std::string& GetDescription() const { return m_description; }                   \
+                                                                                           \
+   protected:                                                                              \
+    std::string m_description;                                                             \
+  };
+
+// The Win32 code is unsigned; every other domain's code is signed 32-bit.
+ZU_DECLARE_ERROR_DOMAIN_ITEMS(Win32, DWORD)
+ZU_DECLARE_ERROR_DOMAIN_ITEMS(HResult, HRESULT)
+ZU_DECLARE_ERROR_DOMAIN_ITEMS(ErrNo, int)
+ZU_DECLARE_ERROR_DOMAIN_ITEMS(Http, int)
+ZU_DECLARE_ERROR_DOMAIN_ITEMS(Int, int)
+ZU_DECLARE_ERROR_DOMAIN_ITEMS(SQLite, int)
+ZU_DECLARE_ERROR_DOMAIN_ITEMS(TQResult, int)
+ZU_DECLARE_ERROR_DOMAIN_ITEMS(EventMessage, int)
+
+#undef ZU_DECLARE_ERROR_DOMAIN_ITEMS

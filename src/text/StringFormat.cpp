@@ -1,0 +1,106 @@
+#include "text/StringFormat.h"
+
+#include <cstdio>
+#include <cstring>
+#include <cwchar>
+#include <vector>
+
+#include "errors/ErrorUtil.h"
+
+namespace {
+
+constexpr std::size_t kGrowBy = 16384;
+constexpr std::size_t kLimit = 0x20000;
+
+int FormatInto(char* buffer, std::size_t size, const char* fmt, va_list args) {
+  return std::vsnprintf(buffer, size, fmt, args);
+}
+int FormatInto(wchar_t* buffer, std::size_t size, const wchar_t* fmt, va_list args) {
+  return std::vswprintf(buffer, size, fmt, args);
+}
+
+std::size_t Length(const char* s) { return std::strlen(s); }
+std::size_t Length(const wchar_t* s) { return std::wcslen(s); }
+
+// Tries the buffer sizes of the growth rule in turn. vsnprintf reports the
+// length it needs while vswprintf only says "did not fit", so the common
+// loop asks the narrow variant once more only where it has to.
+template <class Char>
+CZuError FormatArgListT(std::basic_string<Char>& out, const Char* fmt, va_list args) {
+  out.clear();
+  if (fmt == nullptr)
+    return FXErrorUtil::ErrorWin32(ZU_HERE("FXString::FormatArgList"), ERROR_INVALID_PARAMETER);
+
+  std::size_t size = 2 * Length(fmt) + 512;
+  std::vector<Char> buffer;
+  for (;;) {
+    buffer.resize(size);
+    va_list copy;
+    va_copy(copy, args);
+    // One character less than the buffer, so the terminator always fits.
+    const int n = FormatInto(buffer.data(), size - 1, fmt, copy);
+    va_end(copy);
+    buffer[size - 1] = Char();
+    const bool fits = n >= 0 && static_cast<std::size_t>(n) < size - 1;
+    if (fits) {
+      out.assign(buffer.data());
+      return CZuError::Success();
+    }
+    if (size >= kLimit) break;
+    if (n > 0) {
+      // The exact need is known: jump to the first size of the sequence
+      // that holds it, or to the last one.
+      const std::size_t need = static_cast<std::size_t>(n) + 2;
+      while (size < need && size < kLimit) size += kGrowBy;
+    } else {
+      size += kGrowBy;
+    }
+  }
+  out.assign(buffer.data());
+  return FXErrorUtil::ErrorWin32(ZU_HERE("FXString::FormatArgList"), ERROR_BUFFER_OVERFLOW);
+}
+
+}  // namespace
+
+namespace FXString {
+
+CZuError FormatArgList(std::string& out, const char* fmt, va_list args) {
+  return FormatArgListT(out, fmt, args);
+}
+CZuError FormatArgList(std::wstring& out, const wchar_t* fmt, va_list args) {
+  return FormatArgListT(out, fmt, args);
+}
+
+CZuError Format(std::string& out, const char* fmt, ...) {
+  va_list args;
+  va_start(args, fmt);
+  CZuError result = FormatArgListT(out, fmt, args);
+  va_end(args);
+  return result;
+}
+CZuError Format(std::wstring& out, const wchar_t* fmt, ...) {
+  va_list args;
+  va_start(args, fmt);
+  CZuError result = FormatArgListT(out, fmt, args);
+  va_end(args);
+  return result;
+}
+
+std::string Format(const char* fmt, ...) {
+  std::string out;
+  va_list args;
+  va_start(args, fmt);
+  FormatArgListT(out, fmt, args);
+  va_end(args);
+  return out;
+}
+std::wstring Format(const wchar_t* fmt, ...) {
+  std::wstring out;
+  va_list args;
+  va_start(args, fmt);
+  FormatArgListT(out, fmt, args);
+  va_end(args);
+  return out;
+}
+
+}  // namespace FXString
