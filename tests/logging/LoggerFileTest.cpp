@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <ctime>
 #include <filesystem>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -170,6 +171,29 @@ TEST(LoggerFile, OpenFailuresAreReportedOnceAndLoggingResumes) {
   CZuLogger::SetRetryOnLogOpenFail(true);
   EXPECT_FALSE(logger.logMessages("tried again").IsError());
   EXPECT_EQ(std::vector<std::string>{"tried again"}, BodyLines(path));
+}
+
+TEST(LoggerFile, AReadOnlyLogFileIsReportedAndLoggingResumes) {
+  CScratchFolder folder("readonly");
+  CSyslogCapture syslog;
+  CZuLogger logger;
+  ASSERT_FALSE(logger.Initialize(TestApp("ReadOnlyApp"), folder.Path()).IsError());
+  ASSERT_FALSE(logger.logMessages("writable").IsError());
+  const std::string path = logger.GetLogFilePath();
+  namespace fs = std::filesystem;
+  fs::permissions(path, fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write,
+                  fs::perm_options::remove);
+  if (std::ofstream(path, std::ios::app)) {
+    fs::permissions(path, fs::perms::owner_write, fs::perm_options::add);
+    GTEST_SKIP() << "this user writes read-only files";
+  }
+
+  const CZuError result = logger.logMessages("refused");
+  EXPECT_TRUE(FXErrorUtil::IsWin32(result, ERROR_ACCESS_DENIED)) << result.AsString();
+  EXPECT_TRUE(syslog.Contains("Failed open log file [" + path + "], Module[ReadOnlyApp], Error 5. Make sure"));
+  fs::permissions(path, fs::perms::owner_write, fs::perm_options::add);
+  EXPECT_FALSE(logger.logMessages("writable again").IsError());
+  EXPECT_EQ((std::vector<std::string>{"writable", "writable again"}), BodyLines(path));
 }
 
 TEST(LoggerFile, AFullDiskLosesTheLinesButNotTheLogger) {
