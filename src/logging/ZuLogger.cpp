@@ -38,8 +38,11 @@ constexpr std::size_t kLargeLineBufferSize = 0x10000;
 constexpr std::size_t kMessageReserve = 200;
 constexpr long long kOpenRetryDelaySeconds = 60;
 constexpr int kHeaderTextWidth = 76;
-constexpr char kDashes[] = "----------------------------------------------------------------";
-constexpr char kHashes[] = "################################################################";
+// The widest job and thread columns: the line prefix stays far below the
+// line buffer less its reserve.
+constexpr int kMaxColumnWidth = 32;
+constexpr char kDashes[] = "--------------------------------";
+constexpr char kHashes[] = "################################";
 constexpr char kInvalidTime[] = "INVALID TIME        ";
 
 std::atomic<bool> g_logToStdout{false};
@@ -474,16 +477,15 @@ CZuError CZuLogger::WriteLocked(const char* data, std::size_t size, TWriteReport
 
   CZuError result = m_file->Open(m_logFilePath, *m_lock);
   if (result.IsError()) {
-    std::vector<std::string> texts;
-    result = Failed(result, here, texts,
-                    "Failed open log file [%s], Module[%s], Error %d. Make sure this log file is not locked and has "
-                    "full permissions. Some of the log lines will not be logged because of this error",
-                    path, module, static_cast<int>(FXErrorUtil::GetWin32(result)));
+    const std::string text = FXString::Format(
+        "Failed open log file [%s], Module[%s], Error %d. Make sure this log file is not locked and has full "
+        "permissions. Some of the log lines will not be logged because of this error",
+        path, module, static_cast<int>(FXErrorUtil::GetWin32(result)));
     // Reported once, not for every line while the fault lasts.
-    if (!m_openFailing) report.texts.push_back(texts.front());
+    if (!m_openFailing) report.texts.push_back(text);
     m_openFailing = true;
     m_lastOpenFailure = SteadySeconds();
-    return result;
+    return result.Push(here, "%s", text.c_str());
   }
   if (m_openFailing) {
     report.texts.push_back(
@@ -709,8 +711,9 @@ void CZuLogger::SetLogfileParams(int maxVersions, unsigned long long sizeMiB, in
   SetMaxVersions(maxVersions);
   SetLogFileSize(sizeMiB);
   SetRetainLogsTill(retainLogsTill);
-  if (jobIdWidth > 0) m_jobIdWidth.store(jobIdWidth, std::memory_order_relaxed);
-  if (threadIdWidth > 0) m_threadIdWidth.store(threadIdWidth, std::memory_order_relaxed);
+  // Wider columns than a 64-bit number needs would only eat the line.
+  if (jobIdWidth > 0) m_jobIdWidth.store(std::min(jobIdWidth, kMaxColumnWidth), std::memory_order_relaxed);
+  if (threadIdWidth > 0) m_threadIdWidth.store(std::min(threadIdWidth, kMaxColumnWidth), std::memory_order_relaxed);
 }
 
 void CZuLogger::SetPlaceHolderForPreMessage(bool on) { m_placeHolder.store(on, std::memory_order_relaxed); }

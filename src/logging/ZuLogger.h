@@ -130,7 +130,7 @@ class ZUUTILS_API CZuLogger {
   void SetRetainLogsTill(int days);
   void SetKeepLogFileOpen(bool keepOpen);
   bool GetKeepLogFileOpen() const;
-  // Column widths of 0 or less leave the current width.
+  // Column widths of 0 or less leave the current width; at most 32.
   void SetLogfileParams(int maxVersions, unsigned long long sizeMiB, int retainLogsTill, int jobIdWidth,
                         int threadIdWidth);
   // Empty function and context fields still print "(line) - " and "[ ] ".

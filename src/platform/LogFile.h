@@ -10,7 +10,9 @@
 // words hold the file's current size and a count of roll-overs. A process
 // that keeps the file open therefore appends a line with a single write:
 // seek and size come from the shared words, and a changed count tells it
-// that another process renamed the file.
+// that another process renamed the file. (A file deleted behind the
+// writers' backs is noticed when it is next opened; a process that keeps it
+// open goes on writing the deleted file until it closes it.)
 #pragma once
 
 #include <string>

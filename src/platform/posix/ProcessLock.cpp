@@ -116,7 +116,9 @@ CZuError CProcessLock::Create(const std::string& name) {
   Close();
   if (name.empty()) return FXErrorUtil::ErrorWin32(here, ERROR_INVALID_PARAMETER, "the lock has no name");
   const std::string path = MappedPath(name);
-  for (;;) {
+  // Another process may create the lock between our open and our link; then
+  // the next open finds it. Only a file that keeps vanishing ends the loop.
+  for (int attempt = 0; attempt < 100; ++attempt) {
     const int fd = ::open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW);
     if (fd >= 0) {
       CZuError r = MapExisting(fd, path, m_handle);
@@ -128,6 +130,7 @@ CZuError CProcessLock::Create(const std::string& name) {
     CZuError r = CreateNew(path, lost, m_handle);
     if (r.IsError() || !lost) return r;
   }
+  return FXErrorUtil::ErrorWin32(here, ERROR_BUSY, "%s keeps vanishing", path.c_str());
 }
 
 bool CProcessLock::IsValid() const { return m_handle != nullptr; }
