@@ -1,6 +1,7 @@
 // The helper program that the multi-process tests start as child processes.
 //   zu_log_child write <folder> <app> <index> <lines> <payload bytes>
-//     logs the lines through the process-wide logger, 1 MiB files
+//     logs the lines from two threads through the process-wide logger,
+//     1 MiB files
 //   zu_log_child hold <folder> <app> <marker file>
 //     takes the module's lock, creates the marker and waits to be killed
 #include <chrono>
@@ -23,10 +24,16 @@ int Write(const std::string& folder, const std::string& app, int index, int line
   // out of memory: it reaches the process-wide logger.
   FXLogHook::Write(-1, "CZuError::CZuError", 20,
                    "Failed to allocate memory, error handling is compromised, ErrorItem=child %d", index);
+  // Two threads, so that lines meet inside the process as well as across.
   const std::string text(static_cast<std::size_t>(payload), 'x');
-  for (int i = 0; i < lines; ++i)
-    logger.LogMessage(1, "LogChild::Write", static_cast<unsigned long>(i) + 1, index + 1LL, nullptr,
-                      "child %d line %d %s", index, i, text.c_str());
+  auto writeEvery = [&](int first) {
+    for (int i = first; i < lines; i += 2)
+      logger.LogMessage(1, "LogChild::Write", static_cast<unsigned long>(i) + 1, index + 1LL, nullptr,
+                        "child %d line %d %s", index, i, text.c_str());
+  };
+  std::thread other(writeEvery, 1);
+  writeEvery(0);
+  other.join();
   return 0;
 }
 
