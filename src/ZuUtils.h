@@ -10,7 +10,10 @@
 #include "errors/ErrorUtil.h"
 #include "errors/ZuError.h"
 
+#include "logging/LineWriter.h"
 #include "logging/LogHook.h"
+#include "logging/LogWriterInterface.h"
+#include "logging/ZuLogger.h"
 
 #include "text/EnumWrapper.h"
 #include "text/StringAlgo.h"

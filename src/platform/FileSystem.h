@@ -4,6 +4,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "ZuUtilsExport.h"
 #include "errors/ZuError.h"
@@ -31,5 +32,9 @@ ZUUTILS_API CZuError CreateDirectories(const std::string& path);
 ZUUTILS_API CZuError MoveFileNoReplace(const std::string& from, const std::string& to);
 
 ZUUTILS_API CZuError DeleteFileAt(const std::string& path);
+
+// The names of the entries of a folder, without "." and "..", in no
+// particular order.
+ZUUTILS_API CZuError ListDirectory(const std::string& path, std::vector<std::string>& names);
 
 }  // namespace FXPlatform

@@ -3,6 +3,8 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -60,6 +62,19 @@ CZuError DeleteFileAt(const std::string& path) {
   if (::unlink(path.c_str()) == 0) return CZuError::Success();
   return ErrorFromSystem(ZU_HERE("FXPlatform::DeleteFileAt"), LastSystemError())
       .Push(ZU_HERE("FXPlatform::DeleteFileAt"), "%s", path.c_str());
+}
+
+CZuError ListDirectory(const std::string& path, std::vector<std::string>& names) {
+  names.clear();
+  DIR* dir = ::opendir(path.c_str());
+  if (dir == nullptr)
+    return ErrorFromSystem(ZU_HERE("FXPlatform::ListDirectory"), LastSystemError())
+        .Push(ZU_HERE("FXPlatform::ListDirectory"), "%s", path.c_str());
+  while (const dirent* entry = ::readdir(dir)) {
+    if (std::strcmp(entry->d_name, ".") != 0 && std::strcmp(entry->d_name, "..") != 0) names.push_back(entry->d_name);
+  }
+  ::closedir(dir);
+  return CZuError::Success();
 }
 
 }  // namespace FXPlatform

@@ -42,4 +42,22 @@ CZuError DeleteFileAt(const std::string& path) {
       .Push(ZU_HERE("FXPlatform::DeleteFileAt"), "%s", path.c_str());
 }
 
+CZuError ListDirectory(const std::string& path, std::vector<std::string>& names) {
+  names.clear();
+  std::string pattern = path;
+  if (!pattern.empty() && pattern.back() != '\\' && pattern.back() != '/') pattern += '\\';
+  pattern += '*';
+  WIN32_FIND_DATAW data;
+  const HANDLE find = ::FindFirstFileW(Widen(pattern).c_str(), &data);
+  if (find == INVALID_HANDLE_VALUE)
+    return ErrorFromSystem(ZU_HERE("FXPlatform::ListDirectory"), LastSystemError())
+        .Push(ZU_HERE("FXPlatform::ListDirectory"), "%s", path.c_str());
+  do {
+    const std::wstring name = data.cFileName;
+    if (name != L"." && name != L"..") names.push_back(Narrow(name));
+  } while (::FindNextFileW(find, &data));
+  ::FindClose(find);
+  return CZuError::Success();
+}
+
 }  // namespace FXPlatform

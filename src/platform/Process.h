@@ -1,0 +1,50 @@
+// The running process, its machine, and child processes.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "ZuUtilsExport.h"
+#include "errors/ZuError.h"
+
+namespace FXPlatform {
+
+ZUUTILS_API unsigned long CurrentProcessId();
+// GetCurrentThreadId() on Windows, the kernel's thread id (gettid) on Linux:
+// the number that tools such as ps and top show, not a pthread_t.
+ZUUTILS_API unsigned long CurrentThreadId();
+
+// The full path of the running program.
+ZUUTILS_API std::string ExecutablePath();
+// The machine's network name; empty when it cannot be read.
+ZUUTILS_API std::string HostName();
+// The operating system's name and version, such as "Windows 10.0.19045" or
+// "Linux 6.1.0-18-amd64 x86_64".
+ZUUTILS_API std::string OperatingSystemText();
+
+// A program started by this one. The destructor kills a child that is still
+// running and collects it, so no child outlives its object unnoticed.
+class ZUUTILS_API CChildProcess {
+ public:
+  CChildProcess() = default;
+  ~CChildProcess();
+  CChildProcess(const CChildProcess&) = delete;
+  CChildProcess& operator=(const CChildProcess&) = delete;
+
+  // Starts `program` (a path, not searched for) with the arguments, which
+  // reach the child exactly as given (quoted for Windows as its C runtime
+  // splits command lines). The child inherits the environment.
+  CZuError Start(const std::string& program, const std::vector<std::string>& arguments);
+  // Waits for the child to end. A child killed by a signal reports 128 plus
+  // the signal number, as shells do.
+  CZuError Wait(int& exitCode);
+  // Kills the child at once (TerminateProcess, SIGKILL); Wait collects it.
+  CZuError Kill();
+  bool IsStarted() const;
+
+ private:
+  void* m_handle = nullptr;  // the process handle on Windows
+  long long m_pid = -1;      // the process id elsewhere
+};
+
+}  // namespace FXPlatform
