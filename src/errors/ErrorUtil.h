@@ -83,6 +83,14 @@ ZUUTILS_API int GetEventMessage(const CZuError& result, unsigned long module);
 //   extern "C" const char* EvGetTextRaw(DWORD id);
 // returning the raw text of a message id (with "%1"-style insertion marks)
 // or null; the text must stay valid while the library is loaded.
+// Insertion marks "%1" to "%99" (a printf-style "!...!" after the number is
+// skipped: the parameter's own type decides) are filled from the item's
+// parameters: int, unsigned, long, unsigned long, long long and unsigned
+// long long as numbers, std::string and const char* as they are; a mark
+// without its parameter becomes "--Missing-Argument-N--", a parameter of
+// another type (wide strings among them) "--Unsupported-Argument-N--";
+// "%%" is a percent sign. The full text keeps the message's line breaks,
+// the user formats show it in one line. Lookups may run on any thread.
 //
 // Switches the lookup on and loads the library if it is not loaded yet. A
 // library that cannot be loaded gives the loader's error, one without the
