@@ -8,7 +8,11 @@
 #include "errors/ErrorItem.h"
 #include "errors/ErrorOutputFormat.h"
 #include "errors/ErrorUtil.h"
+#include "errors/Misc.h"
+#include "errors/Win32Error.h"
 #include "errors/ZuError.h"
+#include "errors/ZuErrorTraits.h"
+#include "errors/ZuException.h"
 
 #include "logging/LineWriter.h"
 #include "logging/LogHook.h"

@@ -29,7 +29,7 @@ boost::shared_ptr<FXErrorItem> FXErrorItemDescription::Copy() const {
 // TQResult only for the code format) and its full text otherwise. The
 // description item adds the caller's text: after a "-" in the full text, and
 // inside the one line of USER_SINGLE_LINE_DESCRIPTION_CODE.
-#define ZU_DEFINE_ERROR_DOMAIN_ITEMS(Domain)                                                      \
+#define ZU_DEFINE_ERROR_DOMAIN_ITEMS(Domain, ValueType, PushFormat, ReadBack)                     \
   FXErrorItem##Domain::~FXErrorItem##Domain() = default;                                          \
   std::string FXErrorItem##Domain::AsString(EErrorOutputFormat format) const {                    \
     if (FXErrorText::HasPlainUserText(EErrorDomain::Domain, format))                              \
@@ -57,11 +57,4 @@ boost::shared_ptr<FXErrorItem> FXErrorItemDescription::Copy() const {
     return boost::make_shared<FXErrorItem##Domain##Description>(*this);                           \
   }
 
-ZU_DEFINE_ERROR_DOMAIN_ITEMS(Win32)
-ZU_DEFINE_ERROR_DOMAIN_ITEMS(HResult)
-ZU_DEFINE_ERROR_DOMAIN_ITEMS(ErrNo)
-ZU_DEFINE_ERROR_DOMAIN_ITEMS(Http)
-ZU_DEFINE_ERROR_DOMAIN_ITEMS(Int)
-ZU_DEFINE_ERROR_DOMAIN_ITEMS(SQLite)
-ZU_DEFINE_ERROR_DOMAIN_ITEMS(TQResult)
-ZU_DEFINE_ERROR_DOMAIN_ITEMS(EventMessage)
+ZU_ERROR_DOMAINS(ZU_DEFINE_ERROR_DOMAIN_ITEMS)

@@ -59,10 +59,24 @@ class ZUUTILS_API FXErrorItemDescription : public FXErrorItem {
   std::string m_description;
 };
 
-// Each error domain has an item class holding the domain's code and a
-// Description subclass adding the caller's text. Their texts differ only by
-// domain, so one macro declares the pair and ErrorItem.cpp defines them.
-#define ZU_DECLARE_ERROR_DOMAIN_ITEMS(Domain, ValueType)                                   \
+// Every error domain once: its name, the type of its code (unsigned for
+// Win32, signed 32-bit otherwise), whether FXErrorUtil offers a Push with a
+// description (Http does not) and whether the code can be read back from a
+// result (HResult cannot). The item classes, the builders and the domain
+// enumeration of the texts are all generated from this one list.
+#define ZU_ERROR_DOMAINS(X)                                  \
+  X(Win32, DWORD, ZU_PUSH_FORMAT, ZU_READ_BACK)             \
+  X(HResult, HRESULT, ZU_PUSH_FORMAT, ZU_NO_READ_BACK)      \
+  X(ErrNo, int, ZU_PUSH_FORMAT, ZU_READ_BACK)               \
+  X(Http, int, ZU_NO_PUSH_FORMAT, ZU_READ_BACK)             \
+  X(Int, int, ZU_PUSH_FORMAT, ZU_READ_BACK)                 \
+  X(SQLite, int, ZU_PUSH_FORMAT, ZU_READ_BACK)              \
+  X(TQResult, int, ZU_PUSH_FORMAT, ZU_READ_BACK)            \
+  X(EventMessage, int, ZU_PUSH_FORMAT, ZU_READ_BACK)
+
+// Each domain has an item class holding the domain's code and a
+// Description subclass adding the caller's text; ErrorItem.cpp defines them.
+#define ZU_DECLARE_ERROR_DOMAIN_ITEMS(Domain, ValueType, PushFormat, ReadBack)             \
   class ZUUTILS_API FXErrorItem##Domain : public FXErrorItem {                             \
    public:                                                                                 \
     typedef ValueType value_type;                                                          \
@@ -92,14 +106,6 @@ class ZUUTILS_API FXErrorItemDescription : public FXErrorItem {
     std::string m_description;                                                             \
   };
 
-// The Win32 code is unsigned; every other domain's code is signed 32-bit.
-ZU_DECLARE_ERROR_DOMAIN_ITEMS(Win32, DWORD)
-ZU_DECLARE_ERROR_DOMAIN_ITEMS(HResult, HRESULT)
-ZU_DECLARE_ERROR_DOMAIN_ITEMS(ErrNo, int)
-ZU_DECLARE_ERROR_DOMAIN_ITEMS(Http, int)
-ZU_DECLARE_ERROR_DOMAIN_ITEMS(Int, int)
-ZU_DECLARE_ERROR_DOMAIN_ITEMS(SQLite, int)
-ZU_DECLARE_ERROR_DOMAIN_ITEMS(TQResult, int)
-ZU_DECLARE_ERROR_DOMAIN_ITEMS(EventMessage, int)
+ZU_ERROR_DOMAINS(ZU_DECLARE_ERROR_DOMAIN_ITEMS)
 
 #undef ZU_DECLARE_ERROR_DOMAIN_ITEMS

@@ -45,13 +45,13 @@ std::string FullText(EErrorDomain domain, const FXErrorItem& item, std::int64_t 
   switch (domain) {
     case EErrorDomain::Win32:
       return text + Format("/W32.%lu.(", static_cast<unsigned long>(U32(v))) +
-             CodeText(domain, item, v) + ")";
+             CodeText(domain, item, v, false) + ")";
     case EErrorDomain::HResult:
-      return text + Format("/HR.0x%X-(", U32(v)) + CodeText(domain, item, v) + ")";
+      return text + Format("/HR.0x%X-(", U32(v)) + CodeText(domain, item, v, false) + ")";
     case EErrorDomain::ErrNo:
     case EErrorDomain::Http: {
       const char* tag = domain == EErrorDomain::ErrNo ? "ErrNo" : "http";
-      const std::string t = CodeText(domain, item, v);
+      const std::string t = CodeText(domain, item, v, false);
       if (t.empty()) return text + Format("/%s.%d", tag, I32(v));
       return text + Format("/%s.%d.(", tag, I32(v)) + t + ")";
     }
@@ -59,13 +59,13 @@ std::string FullText(EErrorDomain domain, const FXErrorItem& item, std::int64_t 
       return text + Format("/Int.%d.0x%X", I32(v), U32(v));
     case EErrorDomain::SQLite:
       return text + Format("/SQL.0x%lX.(", static_cast<unsigned long>(U32(v))) +
-             CodeText(domain, item, v) + ")";
+             CodeText(domain, item, v, false) + ")";
     case EErrorDomain::TQResult:
       return text + Format("/TQ.0x%X", U32(v));
     case EErrorDomain::EventMessage: {
       const std::uint32_t id = U32(v);
       text += Format("/EventMessage.0x%08X.%u:%u.", id, EventModule(id), EventLocal(id));
-      const std::string t = CodeText(domain, item, v);
+      const std::string t = CodeText(domain, item, v, false);
       if (t.empty()) return text + " (Localized string unavailable)";
       return text + "(" + t + ")";
     }
@@ -80,7 +80,7 @@ std::string UserText(EErrorDomain domain, const FXErrorItem& item, std::int64_t 
     const bool withDescription = description != nullptr;
     return (withDescription ? *description : std::string("Error")) + UserTag(domain, v);
   }
-  std::string text = CodeText(domain, item, v);
+  std::string text = CodeText(domain, item, v, true);
   if (description != nullptr) {
     if (!text.empty() && !description->empty()) text += ", ";
     text += *description;

@@ -32,59 +32,74 @@
 
 namespace FXErrorUtil {
 
-// Error<Domain>(location, value [, format, ...]) builds a failing result with
-// one item; Push<Domain> adds such an item to an existing result without
-// changing its code. A null or empty format gives the plain item.
-#define ZU_DECLARE_DOMAIN_BUILDERS(Domain, ValueType)                                            \
+// For every domain of ZU_ERROR_DOMAINS (errors/ErrorItem.h):
+//   Error<Domain>(location, value [, format, ...]) builds a failing result
+//     with one item of the domain; a null or empty format gives the plain
+//     item, an expansion that overflows keeps its text behind
+//     "[BUFFEROVERFLOW] ". The Win32 builder folds 0 into 774 but keeps 0 in
+//     the item.
+//   Push<Domain>(result, location, value [, format, ...]) adds such an item
+//     without changing the code (Http has no form with a format).
+//   Is<Domain>/IsNot<Domain>(result, value): CZuError::Is with the value
+//     folded as by the builder, except that a Win32 0 stays 0 and an
+//     EventMessage value only matches a code of the event-message type
+//     (value 0 matches the code 0).
+//   Get<Domain>(result) (not HResult): 0 for a code that does not fail; the
+//     code's own low 16 bits when its layout fits the domain; else the low
+//     16 bits of the smallest equivalent code that fits; else the domain's
+//     fallback (Win32 774, ErrNo and Http 65535, the others -1).
+#define ZU_IF_ZU_PUSH_FORMAT(...) __VA_ARGS__
+#define ZU_IF_ZU_NO_PUSH_FORMAT(...)
+#define ZU_IF_ZU_READ_BACK(...) __VA_ARGS__
+#define ZU_IF_ZU_NO_READ_BACK(...)
+
+#define ZU_DECLARE_DOMAIN_FUNCTIONS(Domain, ValueType, PushFormat, ReadBack)                     \
   ZUUTILS_API CZuError Error##Domain(const FXCodeLocation& location, ValueType value);            \
   ZUUTILS_API CZuError Error##Domain(const FXCodeLocation& location, ValueType value,             \
                                      const char* format, ...) ZU_PRINTF_FORMAT(3, 4);             \
   ZUUTILS_API CZuError& Push##Domain(CZuError& result, const FXCodeLocation& location,            \
                                      ValueType value);                                            \
+  ZU_IF_##PushFormat(ZUUTILS_API CZuError& Push##Domain(CZuError& result,                         \
+                                                        const FXCodeLocation& location,           \
+                                                        ValueType value, const char* format, ...) \
+                         ZU_PRINTF_FORMAT(4, 5);)                                                 \
   ZUUTILS_API bool Is##Domain(const CZuError& result, ValueType value);                           \
   inline bool IsNot##Domain(const CZuError& result, ValueType value) {                            \
     return !Is##Domain(result, value);                                                            \
-  }
+  }                                                                                               \
+  ZU_IF_##ReadBack(ZUUTILS_API ValueType Get##Domain(const CZuError& result);)
 
-#define ZU_DECLARE_DOMAIN_PUSH_FORMAT(Domain, ValueType)                                         \
-  ZUUTILS_API CZuError& Push##Domain(CZuError& result, const FXCodeLocation& location,            \
-                                     ValueType value, const char* format, ...)                    \
-      ZU_PRINTF_FORMAT(4, 5);
+ZU_ERROR_DOMAINS(ZU_DECLARE_DOMAIN_FUNCTIONS)
 
-ZU_DECLARE_DOMAIN_BUILDERS(Win32, DWORD)
-ZU_DECLARE_DOMAIN_BUILDERS(HResult, HRESULT)
-ZU_DECLARE_DOMAIN_BUILDERS(ErrNo, int)
-ZU_DECLARE_DOMAIN_BUILDERS(Http, int)
-ZU_DECLARE_DOMAIN_BUILDERS(Int, int)
-ZU_DECLARE_DOMAIN_BUILDERS(SQLite, int)
-ZU_DECLARE_DOMAIN_BUILDERS(TQResult, int)
-ZU_DECLARE_DOMAIN_BUILDERS(EventMessage, int)
+#undef ZU_DECLARE_DOMAIN_FUNCTIONS
 
-// Http alone has no Push with a description.
-ZU_DECLARE_DOMAIN_PUSH_FORMAT(Win32, DWORD)
-ZU_DECLARE_DOMAIN_PUSH_FORMAT(HResult, HRESULT)
-ZU_DECLARE_DOMAIN_PUSH_FORMAT(ErrNo, int)
-ZU_DECLARE_DOMAIN_PUSH_FORMAT(Int, int)
-ZU_DECLARE_DOMAIN_PUSH_FORMAT(SQLite, int)
-ZU_DECLARE_DOMAIN_PUSH_FORMAT(TQResult, int)
-ZU_DECLARE_DOMAIN_PUSH_FORMAT(EventMessage, int)
-
-#undef ZU_DECLARE_DOMAIN_BUILDERS
-#undef ZU_DECLARE_DOMAIN_PUSH_FORMAT
-
-// Read-back of a domain value: 0 for a code that does not fail; the code's
-// own low 16 bits when its layout fits the domain; else the low 16 bits of
-// the smallest equivalent code that fits; else the domain's fallback
-// (Win32 774, ErrNo and Http 65535, the others -1).
-ZUUTILS_API DWORD GetWin32(const CZuError& result);
-ZUUTILS_API int GetErrNo(const CZuError& result);
-ZUUTILS_API int GetHttp(const CZuError& result);
-ZUUTILS_API int GetInt(const CZuError& result);
-ZUUTILS_API int GetSQLite(const CZuError& result);
-ZUUTILS_API int GetTQResult(const CZuError& result);
-ZUUTILS_API int GetEventMessage(const CZuError& result);
 // The event-message id only when it belongs to the given module, else -1.
 ZUUTILS_API int GetEventMessage(const CZuError& result, unsigned long module);
+
+// The texts of EventMessage items come from the product's message library,
+// MsgTextLib_C, loaded at run time: "MsgTextLib_C.dll" found by the usual
+// DLL search on Windows, "libMsgTextLib_C.so" found as dlopen searches
+// (LD_LIBRARY_PATH, the runpath, the system folders) elsewhere. It exports
+//   extern "C" const char* EvGetTextRaw(DWORD id);
+// returning the raw text of a message id (with "%1"-style insertion marks)
+// or null; the text must stay valid while the library is loaded.
+// Insertion marks "%1" to "%99" (a printf-style "!...!" after the number is
+// skipped: the parameter's own type decides) are filled from the item's
+// parameters: int, unsigned, long, unsigned long, long long and unsigned
+// long long as numbers, std::string and const char* as they are; a mark
+// without its parameter becomes "--Missing-Argument-N--", a parameter of
+// another type (wide strings among them) "--Unsupported-Argument-N--";
+// "%%" is a percent sign. The full text keeps the message's line breaks,
+// the user formats show it in one line. Lookups may run on any thread.
+//
+// Switches the lookup on and loads the library if it is not loaded yet. A
+// library that cannot be loaded gives the loader's error, one without the
+// export ERROR_PROC_NOT_FOUND; either way nothing stays loaded and the items
+// show "(Localized string unavailable)".
+ZUUTILS_API CZuError EnableEventMessageLookup();
+// Switches the lookup off and unloads the library; a lookup that is running
+// keeps it until it is done. Unloading when nothing is loaded is fine.
+ZUUTILS_API CZuError UnloadAndDisableEventMessageLookup();
 
 inline bool IsTypeWin32(HRESULT code) { return (code & 0x0FFF0000) == 0x00070000; }
 inline bool IsTypeErrNo(HRESULT code) {

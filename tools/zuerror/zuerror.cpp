@@ -1,11 +1,14 @@
 // zuerror: what a result code means. Given a code in hexadecimal or decimal,
 // or a domain and its value, prints the domain, the values the code reads
-// back as, and the codes the library treats as equivalent.
+// back as, the codes the library treats as equivalent, and the texts of the
+// failure as a log (full) and a user (both single-line formats) see them.
+// Event-message texts appear when the message library can be loaded.
 //
 //   zuerror 0x80070005
 //   zuerror --win32 5 | --errno 2 | --http 404 | --int 7 | --sqlite 266 | --tq 3 | --hresult 0x80004005
 #include <cerrno>
 #include <cstdio>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -57,6 +60,27 @@ bool FromDomain(const std::string& option, long long v, CZuError& result) {
   return true;
 }
 
+// A bare code gets the item its domain's builder would have made, so that
+// its texts show the domain's words.
+CZuError FromCode(HRESULT code) {
+  const std::uint32_t bits = static_cast<std::uint32_t>(code);
+  const int low = static_cast<int>(bits & 0xFFFFu);
+  const std::string domain = DomainOf(code);
+  if (domain == "Win32") return FXErrorUtil::ErrorWin32(kHere, static_cast<DWORD>(low));
+  if (domain == "ErrNo") return FXErrorUtil::ErrorErrNo(kHere, low);
+  if (domain == "Http") return FXErrorUtil::ErrorHttp(kHere, low);
+  if (domain == "Int") return FXErrorUtil::ErrorInt(kHere, low);
+  if (domain == "SQLite") return FXErrorUtil::ErrorSQLite(kHere, low);
+  if (domain == "TQResult") return FXErrorUtil::ErrorTQResult(kHere, low);
+  if (domain == "EventMessage") {
+    // Module in bits 16 to 25: the id form with bit 17 set carries it whole.
+    const std::uint32_t module = (bits >> 16) & 0x3FFu;
+    return FXErrorUtil::ErrorEventMessage(kHere, static_cast<int>((module << 18) | (1u << 17) | (bits & 0x7FFFu)));
+  }
+  if (code == 0) return CZuError::Success();
+  return FXErrorUtil::ErrorHResult(kHere, code);
+}
+
 int Usage() {
   std::fprintf(stderr,
                "usage: zuerror CODE\n"
@@ -89,10 +113,12 @@ void Explain(const CZuError& result) {
 
 int main(int argc, char** argv) {
   FXErrorUtil::CompileErrorMappingsIntoContainer();
+  // Without the message library event messages show as unavailable.
+  FXErrorUtil::EnableEventMessageLookup();
   long long value = 0;
   CZuError result = CZuError::Success();
   if (argc == 2 && ParseNumber(argv[1], value)) {
-    result = CZuError(static_cast<HRESULT>(static_cast<unsigned long long>(value)), nullptr);
+    result = FromCode(static_cast<HRESULT>(static_cast<unsigned long long>(value)));
   } else if (argc == 3 && ParseNumber(argv[2], value) && FromDomain(argv[1], value, result)) {
   } else {
     return Usage();
