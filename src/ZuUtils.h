@@ -2,6 +2,7 @@
 #pragma once
 
 #include "ZuUtilsExport.h"
+#include "platform/TimeTypes.h"
 #include "platform/ZuTypes.h"
 
 #include "errors/CodeLocation.h"
@@ -15,3 +16,5 @@
 #include "text/EnumWrapper.h"
 #include "text/StringAlgo.h"
 #include "text/StringFormat.h"
+
+#include "time/TimeStamp.h"
