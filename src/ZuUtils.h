@@ -16,5 +16,7 @@
 #include "text/EnumWrapper.h"
 #include "text/StringAlgo.h"
 #include "text/StringFormat.h"
+#include "text/Ascii85.h"
+#include "text/ZuBase64.h"
 
 #include "time/TimeStamp.h"
