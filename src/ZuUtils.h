@@ -17,6 +17,9 @@
 #include "text/StringAlgo.h"
 #include "text/StringFormat.h"
 #include "text/Ascii85.h"
+#include "text/Md5.h"
 #include "text/ZuBase64.h"
+#include "text/ZuCRC32.h"
+#include "text/ZuCRC64.h"
 
 #include "time/TimeStamp.h"
