@@ -8,7 +8,6 @@
 #include <windows.h>
 #endif
 
-#include "ZuUtilsExport.h"
 #include "platform/ZuTypes.h"
 
 namespace FXPlatform {

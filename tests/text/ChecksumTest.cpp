@@ -33,26 +33,6 @@ std::string Hex(const unsigned char* bytes, std::size_t n) {
   return text;
 }
 
-std::string Md5Hex(const std::string& data) {
-  CMd5 md5;
-  md5.Process(data.data(), static_cast<unsigned int>(data.size()));
-  md5.End();
-  unsigned char digest[16];
-  md5.GetCode(digest);
-  return Hex(digest, sizeof digest);
-}
-
-// Uniform access to the three checksums for the chunking tests.
-struct Crc32Sum {
-  CZuCRC32 crc;
-  void Add(const unsigned char* p, unsigned int n) { crc.UpdateCRC32(p, n); }
-  std::string Result() { return std::to_string(crc.GetCRC32()); }
-};
-struct Crc64Sum {
-  CZuCRC64 crc;
-  void Add(const unsigned char* p, unsigned int n) { crc.UpdateCRC64(p, n); }
-  std::string Result() { return std::to_string(crc.GetCRC64()); }
-};
 struct Md5Sum {
   CMd5 md5;
   void Add(const unsigned char* p, unsigned int n) { md5.Process(reinterpret_cast<const char*>(p), n); }
@@ -64,6 +44,89 @@ struct Md5Sum {
   }
 };
 
+std::string Md5Hex(const std::string& data) {
+  Md5Sum sum;
+  sum.Add(reinterpret_cast<const unsigned char*>(data.data()), static_cast<unsigned int>(data.size()));
+  return sum.Result();
+}
+
+// The routines of each CRC class, so that one set of tests covers both.
+template <class Crc>
+using Routine = void (Crc::*)(const unsigned char*, unsigned int);
+
+struct Crc32Traits {
+  using Crc = CZuCRC32;
+  static constexpr Routine<Crc> kFast = &Crc::UpdateCRC32, kSliced = &Crc::UpdateCRC32_slicing8,
+                                kOld = &Crc::UpdateCRC32_old;
+  static constexpr std::uint64_t kCheckValue = 0xCBF43926u;
+  static std::uint64_t Get(const Crc& crc) { return crc.GetCRC32(); }
+};
+struct Crc64Traits {
+  using Crc = CZuCRC64;
+  static constexpr Routine<Crc> kFast = &Crc::UpdateCRC64, kSliced = &Crc::UpdateCRC64_slicing8,
+                                kOld = &Crc::UpdateCRC64_old;
+  static constexpr std::uint64_t kCheckValue = 0x62EC59E3F1A4F00Au;
+  static std::uint64_t Get(const Crc& crc) { return crc.GetCRC64(); }
+};
+
+template <class Traits>
+class CrcTest : public ::testing::Test {};
+using CrcTypes = ::testing::Types<Crc32Traits, Crc64Traits>;
+TYPED_TEST_SUITE(CrcTest, CrcTypes);
+
+TYPED_TEST(CrcTest, CheckValueWithEveryRoutine) {
+  using Crc = typename TypeParam::Crc;
+  const auto* check = reinterpret_cast<const unsigned char*>(kCheck);
+  for (Routine<Crc> update : {TypeParam::kFast, TypeParam::kSliced, TypeParam::kOld}) {
+    Crc whole, bytewise;
+    EXPECT_EQ(0u, TypeParam::Get(whole));
+    (whole.*update)(check, 9);
+    for (int i = 0; i < 9; ++i) (bytewise.*update)(check + i, 1);
+    EXPECT_EQ(TypeParam::kCheckValue, TypeParam::Get(whole));
+    EXPECT_EQ(TypeParam::kCheckValue, TypeParam::Get(bytewise));  // reading kept the register
+
+    (whole.*update)(nullptr, 5);
+    (whole.*update)(check, 0);
+    Crc copy = whole;
+    (copy.*update)(check, 1);
+    EXPECT_EQ(TypeParam::kCheckValue, TypeParam::Get(whole));  // copies are independent
+    whole.Reset();
+    EXPECT_EQ(0u, TypeParam::Get(whole));
+  }
+  EXPECT_TRUE(Crc::CheckWordByWord());
+}
+
+// The fast routines against the byte routine for every length up to 4096
+// (300 for the table routine, whose only period is 8) at every alignment
+// within 16 bytes, from a register that is not the initial one. The byte
+// routine's results for all lengths come from one pass.
+TYPED_TEST(CrcTest, FastRoutinesMatchTheByteRoutine) {
+  using Crc = typename TypeParam::Crc;
+  const std::size_t kMaxLength = 4096;
+  const std::vector<unsigned char> data = RandomBytes(kMaxLength + 16, 3);
+  Crc start;
+  (start.*TypeParam::kOld)(data.data(), 5);
+  for (std::size_t offset = 0; offset < 16; ++offset) {
+    const unsigned char* p = data.data() + offset;
+    std::vector<std::uint64_t> expected;
+    Crc reference = start;
+    expected.push_back(TypeParam::Get(reference));
+    for (std::size_t n = 0; n < kMaxLength; ++n) {
+      (reference.*TypeParam::kOld)(p + n, 1);
+      expected.push_back(TypeParam::Get(reference));
+    }
+    for (std::size_t n = 0; n <= kMaxLength; ++n) {
+      for (Routine<Crc> update : {TypeParam::kFast, TypeParam::kSliced}) {
+        if (update == TypeParam::kSliced && n > 300) continue;
+        Crc crc = start;
+        (crc.*update)(p, static_cast<unsigned int>(n));
+        ASSERT_EQ(expected[n], TypeParam::Get(crc)) << "offset " << offset << " length " << n;
+      }
+    }
+  }
+}
+
+// Chunking: pieces of any size give the result of one call.
 template <class Sum>
 std::string InPieces(const std::vector<unsigned char>& data, const std::vector<std::size_t>& pieces) {
   Sum sum;
@@ -76,126 +139,39 @@ std::string InPieces(const std::vector<unsigned char>& data, const std::vector<s
   return sum.Result();
 }
 
+struct CrcSum {
+  Crc32Traits::Crc crc32;
+  Crc64Traits::Crc crc64;
+  void Add(const unsigned char* p, unsigned int n) {
+    crc32.UpdateCRC32(p, n);
+    crc64.UpdateCRC64(p, n);
+  }
+  std::string Result() { return std::to_string(crc32.GetCRC32()) + " " + std::to_string(crc64.GetCRC64()); }
+};
+
 template <class Sum>
 void ExpectPieceSizesDoNotMatter() {
   const std::vector<unsigned char> data = RandomBytes(20000, 7);
   const std::string whole = InPieces<Sum>(data, {data.size()});
-  for (std::size_t piece : {1, 7, 8, 63, 64, 65, 1000}) EXPECT_EQ(whole, InPieces<Sum>(data, {piece})) << piece;
+  std::vector<std::vector<std::size_t>> splits = {{1}, {7}, {8}, {63}, {64}, {65}, {1000}};
   std::mt19937 random(11);
   for (int round = 0; round < 20; ++round) {
-    std::vector<std::size_t> pieces;
-    for (int i = 0; i < 50; ++i) pieces.push_back(random() % 300);
-    pieces.push_back(1);  // never only empty pieces
-    EXPECT_EQ(whole, InPieces<Sum>(data, pieces)) << round;
+    splits.emplace_back();
+    for (int i = 0; i < 50; ++i) splits.back().push_back(random() % 300);
+    splits.back().push_back(1);  // never only empty pieces
   }
-}
-
-TEST(Crc32, CheckValueWithEveryRoutine) {
-  const auto* check = reinterpret_cast<const unsigned char*>(kCheck);
-  CZuCRC32 crc;
-  EXPECT_EQ(0u, crc.GetCRC32());
-  crc.UpdateCRC32(kCheck, 9);
-  EXPECT_EQ(0xCBF43926u, crc.GetCRC32());
-  EXPECT_EQ(0xCBF43926u, crc.GetCRC32());  // reading keeps the register
-
-  CZuCRC32 old, sliced, bytewise;
-  old.UpdateCRC32_old(check, 9);
-  sliced.UpdateCRC32_slicing8(check, 9);
-  for (int i = 0; i < 9; ++i) bytewise.UpdateCRC32(check + i, 1);
-  EXPECT_EQ(0xCBF43926u, old.GetCRC32());
-  EXPECT_EQ(0xCBF43926u, sliced.GetCRC32());
-  EXPECT_EQ(0xCBF43926u, bytewise.GetCRC32());
-
-  crc.UpdateCRC32(static_cast<const char*>(nullptr), 5);
-  crc.UpdateCRC32(check, 0);
-  EXPECT_EQ(0xCBF43926u, crc.GetCRC32());
-  CZuCRC32 copy = crc;
-  copy.UpdateCRC32(check, 1);
-  EXPECT_EQ(0xCBF43926u, crc.GetCRC32());  // copies are independent
-  crc.Reset();
-  EXPECT_EQ(0u, crc.GetCRC32());
-
-  EXPECT_TRUE(CZuCRC32::CheckWordByWord());
-}
-
-TEST(Crc64, CheckValueWithEveryRoutine) {
-  const auto* check = reinterpret_cast<const unsigned char*>(kCheck);
-  CZuCRC64 crc;
-  EXPECT_EQ(0u, crc.GetCRC64());
-  crc.UpdateCRC64(kCheck, 9);
-  EXPECT_EQ(0x62EC59E3F1A4F00Au, crc.GetCRC64());
-
-  CZuCRC64 old, sliced, bytewise;
-  old.UpdateCRC64_old(check, 9);
-  sliced.UpdateCRC64_slicing8(check, 9);
-  for (int i = 0; i < 9; ++i) bytewise.UpdateCRC64(check + i, 1);
-  EXPECT_EQ(0x62EC59E3F1A4F00Au, old.GetCRC64());
-  EXPECT_EQ(0x62EC59E3F1A4F00Au, sliced.GetCRC64());
-  EXPECT_EQ(0x62EC59E3F1A4F00Au, bytewise.GetCRC64());
-
-  crc.UpdateCRC64(static_cast<const char*>(nullptr), 5);
-  crc.UpdateCRC64(check, 0);
-  EXPECT_EQ(0x62EC59E3F1A4F00Au, crc.GetCRC64());
-  crc.Reset();
-  EXPECT_EQ(0u, crc.GetCRC64());
-
-  EXPECT_TRUE(CZuCRC64::CheckWordByWord());
-}
-
-// The fast routines against the byte routine for every length up to 4096
-// at every alignment within 16 bytes, starting from a register that is not
-// the initial one. The byte routine's results for all lengths come from one
-// pass, reading the register after each byte.
-template <class Crc, class Value>
-void ExpectRoutinesAgree(void (Crc::*fast)(const unsigned char*, unsigned int),
-                         void (Crc::*old)(const unsigned char*, unsigned int), Value (Crc::*get)() const,
-                         std::size_t maxLength) {
-  const std::vector<unsigned char> data = RandomBytes(maxLength + 16, 3);
-  Crc start;
-  (start.*old)(data.data(), 5);
-  for (std::size_t offset = 0; offset < 16; ++offset) {
-    const unsigned char* p = data.data() + offset;
-    std::vector<Value> expected;
-    Crc reference = start;
-    expected.push_back((reference.*get)());
-    for (std::size_t n = 0; n < maxLength; ++n) {
-      (reference.*old)(p + n, 1);
-      expected.push_back((reference.*get)());
-    }
-    for (std::size_t n = 0; n <= maxLength; ++n) {
-      Crc crc = start;
-      (crc.*fast)(p, static_cast<unsigned int>(n));
-      ASSERT_EQ(expected[n], (crc.*get)()) << "offset " << offset << " length " << n;
-    }
-  }
-}
-
-TEST(Crc32, FastRoutinesMatchTheByteRoutine) {
-  ExpectRoutinesAgree<CZuCRC32>(&CZuCRC32::UpdateCRC32, &CZuCRC32::UpdateCRC32_old, &CZuCRC32::GetCRC32, 4096);
-  ExpectRoutinesAgree<CZuCRC32>(&CZuCRC32::UpdateCRC32_slicing8, &CZuCRC32::UpdateCRC32_old,
-                                &CZuCRC32::GetCRC32, 300);
-}
-
-TEST(Crc64, FastRoutinesMatchTheByteRoutine) {
-  ExpectRoutinesAgree<CZuCRC64>(&CZuCRC64::UpdateCRC64, &CZuCRC64::UpdateCRC64_old, &CZuCRC64::GetCRC64, 4096);
-  ExpectRoutinesAgree<CZuCRC64>(&CZuCRC64::UpdateCRC64_slicing8, &CZuCRC64::UpdateCRC64_old,
-                                &CZuCRC64::GetCRC64, 300);
+  for (const auto& pieces : splits) EXPECT_EQ(whole, InPieces<Sum>(data, pieces)) << pieces[0];
 }
 
 TEST(Checksums, PieceSizesDoNotMatter) {
-  ExpectPieceSizesDoNotMatter<Crc32Sum>();
-  ExpectPieceSizesDoNotMatter<Crc64Sum>();
+  ExpectPieceSizesDoNotMatter<CrcSum>();
   ExpectPieceSizesDoNotMatter<Md5Sum>();
 }
 
 TEST(Md5, Rfc1321SuiteAndPaddingBoundaries) {
   EXPECT_EQ("d41d8cd98f00b204e9800998ecf8427e", Md5Hex(""));
-  EXPECT_EQ("0cc175b9c0f1b6a831c399e269772661", Md5Hex("a"));
   EXPECT_EQ("900150983cd24fb0d6963f7d28e17f72", Md5Hex("abc"));
   EXPECT_EQ("f96b697d7cb7938d525a2f31aaf161d0", Md5Hex("message digest"));
-  EXPECT_EQ("c3fcd3d76192e4007dfb496cca67e13b", Md5Hex("abcdefghijklmnopqrstuvwxyz"));
-  EXPECT_EQ("d174ab98d277d9f5a5611c2c9f419d9f",
-            Md5Hex("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789"));
   EXPECT_EQ("57edf4a22be3c955ac49da2e2107b67a",
             Md5Hex("12345678901234567890123456789012345678901234567890123456789012345678901234567890"));
 
@@ -207,28 +183,21 @@ TEST(Md5, Rfc1321SuiteAndPaddingBoundaries) {
       {119, "8a7bd0732ed6a28ce75f6dabc90e1613"}, {120, "5f61c0ccad4cac44c75ff505e1f1e537"}};
   for (const auto& b : boundaries) EXPECT_EQ(b.second, Md5Hex(std::string(b.first, 'a'))) << b.first;
 
-  CMd5 million;
+  Md5Sum million;
   const std::string thousand(1000, 'a');
-  for (int i = 0; i < 1000; ++i) million.Process(thousand.data(), 1000);
-  million.End();
-  unsigned char digest[16];
-  million.GetCode(digest);
-  EXPECT_EQ("7707d6ae4e027c70eea2a935c2296f21", Hex(digest, 16));
+  for (int i = 0; i < 1000; ++i) million.Add(reinterpret_cast<const unsigned char*>(thousand.data()), 1000);
+  EXPECT_EQ("7707d6ae4e027c70eea2a935c2296f21", million.Result());
 
   // Start() makes a used object new; a copy carries the whole state.
-  CMd5 md5;
-  md5.Process("abc", 3);
-  CMd5 copy = md5;
-  md5.Start();
-  md5.Process("message digest", 14);
-  md5.End();
-  md5.GetCode(digest);
-  EXPECT_EQ("f96b697d7cb7938d525a2f31aaf161d0", Hex(digest, 16));
-  copy.Process(nullptr, 4);
-  copy.Process("x", 0);
-  copy.End();
-  copy.GetCode(digest);
-  EXPECT_EQ("900150983cd24fb0d6963f7d28e17f72", Hex(digest, 16));
+  Md5Sum sum;
+  sum.md5.Process("abc", 3);
+  Md5Sum copy = sum;
+  sum.md5.Start();
+  sum.md5.Process("message digest", 14);
+  EXPECT_EQ("f96b697d7cb7938d525a2f31aaf161d0", sum.Result());
+  copy.md5.Process(nullptr, 4);
+  copy.md5.Process("x", 0);
+  EXPECT_EQ("900150983cd24fb0d6963f7d28e17f72", copy.Result());
 }
 
 }  // namespace

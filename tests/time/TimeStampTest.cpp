@@ -19,22 +19,15 @@ CTimeStamp Unix(long long seconds, long long units = 0) {
 }
 
 TEST(TimeStamp, ClearAndFilledInEveryText) {
-  CTimeStamp t;
-  EXPECT_TRUE(t.IsClear());
-  EXPECT_EQ(0, t.AsSystemTime());
-  for (const std::string& text : {t.AsString(), t.AsUTCDateTimeString(), t.AsUTCTimeString(),
-                                  t.AsLocalDateTimeString(), t.AsLocalTimeString()})
-    EXPECT_EQ("Clear", text);
-  t.Fill();
-  EXPECT_TRUE(t.IsFilled());
-  EXPECT_EQ(LLONG_MAX, t.AsSystemTime());
-  for (const std::string& text : {t.AsString(), t.AsUTCDateTimeString(), t.AsUTCTimeString(),
-                                  t.AsLocalDateTimeString(), t.AsLocalTimeString()})
-    EXPECT_EQ("Filled", text);
-  EXPECT_EQ(LLONG_MAX, t.AsUnixTime());
-  t.Clear();
-  EXPECT_TRUE(t.IsClear());
-  EXPECT_EQ(0, t.AsUnixTime());
+  CTimeStamp filled;
+  filled.Fill();
+  EXPECT_EQ(LLONG_MAX, filled.AsSystemTime());
+  EXPECT_EQ(LLONG_MAX, filled.AsUnixTime());
+  EXPECT_EQ(0, CTimeStamp().AsUnixTime());
+  for (const CTimeStamp& t : {CTimeStamp(), filled})
+    for (const std::string& text : {t.AsString(), t.AsUTCDateTimeString(), t.AsUTCTimeString(),
+                                    t.AsLocalDateTimeString(), t.AsLocalTimeString()})
+      EXPECT_EQ(t.IsClear() ? "Clear" : "Filled", text);
 }
 
 TEST(TimeStamp, UnixTimesAroundTheEpoch) {
@@ -48,37 +41,29 @@ TEST(TimeStamp, UnixTimesAroundTheEpoch) {
   EXPECT_EQ(-11644473599LL, CTimeStamp::FromSystemTime(1).AsUnixTime());
 }
 
-TEST(TimeStamp, TimeSpecRecords) {
-  const timespec zero{0, 0};
-  EXPECT_TRUE(CTimeStamp::FromTimeSpec(zero).IsClear());
-  EXPECT_TRUE(CTimeStamp::FromTimeSpec(_timespec32{0, 0}).IsClear());
-  EXPECT_TRUE(CTimeStamp::FromTimeSpec(_timespec64{0, 99}).IsClear());  // below 100 ns is nothing
-
-  timespec t{};
-  t.tv_sec = 1704164645;
-  t.tv_nsec = 123456789;
-  const CTimeStamp stamp = CTimeStamp::FromTimeSpec(t);
+// The three records behave alike, apart from the width of tv_sec.
+template <class Record, Record (CTimeStamp::*AsRecord)() const>
+void ExpectTimeSpecRoundTrip() {
+  EXPECT_TRUE(CTimeStamp::FromTimeSpec(Record{0, 0}).IsClear());
+  EXPECT_TRUE(CTimeStamp::FromTimeSpec(Record{0, 99}).IsClear());  // below 100 ns is nothing
+  const CTimeStamp stamp = CTimeStamp::FromTimeSpec(Record{1704164645, 123456789});
   EXPECT_EQ(Unix(1704164645, 1234567), stamp);
-  EXPECT_EQ(stamp, CTimeStamp::FromTimeSpec(_timespec32{1704164645, 123456789}));
-  EXPECT_EQ(stamp, CTimeStamp::FromTimeSpec(_timespec64{1704164645, 123456789}));
-  EXPECT_EQ(1704164645, stamp.AsTimeSpec().tv_sec);
-  EXPECT_EQ(123456700, stamp.AsTimeSpec().tv_nsec);
-  EXPECT_EQ(1704164645, stamp.AsTimeSpec32().tv_sec);
-  EXPECT_EQ(123456700, stamp.AsTimeSpec32().tv_nsec);
-  EXPECT_EQ(1704164645, stamp.AsTimeSpec64().tv_sec);
-  EXPECT_EQ(123456700, stamp.AsTimeSpec64().tv_nsec);
+  const Record back = (stamp.*AsRecord)();
+  EXPECT_EQ(1704164645, back.tv_sec);
+  EXPECT_EQ(123456700, back.tv_nsec);
+}
 
-  const _timespec64 none = CTimeStamp().AsTimeSpec64();
-  EXPECT_EQ(0, none.tv_sec);
-  EXPECT_EQ(0, none.tv_nsec);
+TEST(TimeStamp, TimeSpecRecords) {
+  ExpectTimeSpecRoundTrip<_timespec32, &CTimeStamp::AsTimeSpec32>();
+  ExpectTimeSpecRoundTrip<_timespec64, &CTimeStamp::AsTimeSpec64>();
+  ExpectTimeSpecRoundTrip<timespec, &CTimeStamp::AsTimeSpec>();
+  EXPECT_EQ(0, CTimeStamp().AsTimeSpec64().tv_sec);
 
   // Beyond 2038 the 32-bit record keeps the low 32 bits of the seconds.
   const CTimeStamp later = CTimeStamp::FromUnixTime(0x100000005LL);
   EXPECT_EQ(0x100000005LL, later.AsTimeSpec64().tv_sec);
   EXPECT_EQ(5, later.AsTimeSpec32().tv_sec);
-
-  // The Windows layout on both platforms.
-  EXPECT_EQ(8u, sizeof(_timespec32));
+  EXPECT_EQ(8u, sizeof(_timespec32));  // the Windows layout on both platforms
   EXPECT_EQ(16u, sizeof(_timespec64));
 }
 
@@ -88,10 +73,6 @@ TEST(TimeStamp, FileTimeHalves) {
   EXPECT_EQ(0x89ABCDEFu, ft.dwLowDateTime);
   EXPECT_EQ(0x01234567u, ft.dwHighDateTime);
   EXPECT_EQ(stamp, CTimeStamp::FromFileTime(ft));
-  FILETIME top;
-  top.dwLowDateTime = 0xFFFFFFFFu;
-  top.dwHighDateTime = 0x7FFFFFFFu;
-  EXPECT_TRUE(CTimeStamp::FromFileTime(top).IsFilled());
 }
 
 TEST(TimeStamp, VariantTimes) {
@@ -160,13 +141,9 @@ TEST(TimeStamp, ArithmeticWrapsAndComparesSigned) {
   const CTimeStamp a = Unix(1000), b = Unix(1060);
   EXPECT_EQ(CTimeInterval::FromMinutes(1), b - a);
   EXPECT_EQ(CTimeInterval::FromSeconds(-60), a - b);
-  EXPECT_EQ(b, a + CTimeInterval::FromSeconds(60));
-  EXPECT_EQ(a, b - CTimeInterval::FromSeconds(60));
-  CTimeStamp c = a;
-  c += CTimeInterval::FromSeconds(90);
+  CTimeStamp c = a + CTimeInterval::FromSeconds(90);
   c -= CTimeInterval::FromSeconds(30);
   EXPECT_EQ(b, c);
-  EXPECT_TRUE(a < b && a <= b && b > a && b >= a && a != b && a <= a && a >= a);
 
   CTimeStamp filled;
   filled.Fill();
@@ -174,8 +151,6 @@ TEST(TimeStamp, ArithmeticWrapsAndComparesSigned) {
   EXPECT_EQ(LLONG_MIN, wrapped.AsSystemTime());
   EXPECT_LT(wrapped, CTimeStamp());
   EXPECT_LT(CTimeStamp(), filled);
-  EXPECT_EQ(filled, wrapped - CTimeInterval::From100NS(1));
-  EXPECT_EQ(-1, (CTimeStamp() - CTimeInterval::From100NS(1)).AsSystemTime());
   EXPECT_EQ(LLONG_MIN + 1, (CTimeStamp() - filled).As100NSIntervals());
   EXPECT_EQ(1, (wrapped - filled).As100NSIntervals());
 }
@@ -189,24 +164,17 @@ TEST(TimeStamp, NowIsTheSystemsUtcTime) {
 }
 
 TEST(TimeInterval, FactoriesAndConversions) {
-  EXPECT_TRUE(CTimeInterval().IsClear());
-  EXPECT_EQ(15000000, CTimeInterval::FromMilliseconds(1500).As100NSIntervals());
-  EXPECT_EQ(30000000, CTimeInterval::FromSeconds(3).As100NSIntervals());
   EXPECT_EQ(1200000000, CTimeInterval::FromMinutes(2).As100NSIntervals());
   EXPECT_EQ(1, CTimeInterval::From100NS(19999).AsMilliseconds());
   EXPECT_EQ(-1, CTimeInterval::From100NS(-19999).AsMilliseconds());
   EXPECT_DOUBLE_EQ(1.5, CTimeInterval::FromMilliseconds(1500).AsSeconds());
   EXPECT_EQ(-10000000, CTimeInterval::FromSeconds(LLONG_MAX).As100NSIntervals());  // wraps, no fault
 
-  const timespec t = CTimeInterval::FromMilliseconds(-1500).AsTimeSpec();
-  EXPECT_EQ(-1, t.tv_sec);
-  EXPECT_EQ(-500000000, t.tv_nsec);
-  const _timespec32 t32 = CTimeInterval::From100NS(25000001).AsTimeSpec32();
-  EXPECT_EQ(2, t32.tv_sec);
-  EXPECT_EQ(500000100, t32.tv_nsec);
-  const _timespec64 t64 = CTimeInterval::FromMinutes(1LL << 30).AsTimeSpec64();
-  EXPECT_EQ(60LL << 30, t64.tv_sec);
-  EXPECT_EQ(0, t64.tv_nsec);
+  // Seconds truncated toward zero, the rest with the span's sign.
+  EXPECT_EQ(-1, CTimeInterval::FromMilliseconds(-1500).AsTimeSpec().tv_sec);
+  EXPECT_EQ(-500000000, CTimeInterval::FromMilliseconds(-1500).AsTimeSpec().tv_nsec);
+  EXPECT_EQ(500000100, CTimeInterval::From100NS(25000001).AsTimeSpec32().tv_nsec);
+  EXPECT_EQ(60LL << 30, CTimeInterval::FromMinutes(1LL << 30).AsTimeSpec64().tv_sec);
 }
 
 TEST(TimeInterval, ArithmeticAndText) {
@@ -223,14 +191,9 @@ TEST(TimeInterval, ArithmeticAndText) {
   i *= 6;
   i /= 4;
   i *= 0.5;
-  i /= 0.25;
-  EXPECT_EQ(28, i.As100NSIntervals());  // 60, 15, 7 (7.5 truncated), 28
-  i += CTimeInterval::From100NS(2);
-  i -= CTimeInterval::From100NS(40);
-  EXPECT_EQ(-10, i.As100NSIntervals());
-  EXPECT_TRUE(i < CTimeInterval() && CTimeInterval() > i && i <= i && i >= i && i == i && i != CTimeInterval());
-  i.Clear();
-  EXPECT_TRUE(i.IsClear());
+  EXPECT_EQ(7, i.As100NSIntervals());  // 60, 15, 7.5 truncated
+  i -= CTimeInterval::From100NS(17);
+  EXPECT_LT(i, CTimeInterval());  // signed
 
   EXPECT_EQ("0:01.500000", CTimeInterval::FromMilliseconds(1500).AsString());
   EXPECT_EQ("1:30.000000", CTimeInterval::FromSeconds(90).AsString());
