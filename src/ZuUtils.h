@@ -2,6 +2,7 @@
 #pragma once
 
 #include "ZuUtilsExport.h"
+#include "platform/TimeTypes.h"
 #include "platform/ZuTypes.h"
 
 #include "errors/CodeLocation.h"
@@ -22,3 +23,10 @@
 #include "text/EnumWrapper.h"
 #include "text/StringAlgo.h"
 #include "text/StringFormat.h"
+#include "text/Ascii85.h"
+#include "text/Md5.h"
+#include "text/ZuBase64.h"
+#include "text/ZuCRC32.h"
+#include "text/ZuCRC64.h"
+
+#include "time/TimeStamp.h"

@@ -1,0 +1,38 @@
+// What CZuCRC32 and CZuCRC64 share: the self-test text, little-endian loads
+// and the processor check for the carry-less multiplication paths.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace FXCrcSupport {
+
+// CheckWordByWord runs the fast routines over the first 128 bytes.
+constexpr char kSelfTestText[] =
+    "1234567890123456789012345123456789012345678901234512345678901234567890123451234567890123456789012345"
+    "678901234567890123456789012345678901234567890123451234567890123456789012345123456789012345678901234"
+    "512345678901234567890123456789012345678901234567890";
+constexpr unsigned int kSelfTestLength = 128;
+static_assert(sizeof(kSelfTestText) - 1 == 250, "the self-test text is 250 characters long");
+
+// Byte by byte, so the result is right on any host; compilers emit one load.
+inline std::uint32_t Load32LE(const unsigned char* p) {
+  return std::uint32_t(p[0]) | std::uint32_t(p[1]) << 8 | std::uint32_t(p[2]) << 16 | std::uint32_t(p[3]) << 24;
+}
+inline std::uint64_t Load64BE(const unsigned char* p) {
+  std::uint64_t value = 0;
+  for (int i = 0; i < 8; ++i) value = value << 8 | p[i];
+  return value;
+}
+
+// PCLMULQDQ and SSSE3 (byte shuffles), asked once per process; the
+// initialisation of a function-local static is thread-safe.
+inline bool HasCarrylessMultiply() {
+  static const bool has = [] {
+    __builtin_cpu_init();
+    return __builtin_cpu_supports("pclmul") && __builtin_cpu_supports("ssse3");
+  }();
+  return has;
+}
+
+}  // namespace FXCrcSupport
