@@ -1,5 +1,6 @@
 // What CZuCRC32 and CZuCRC64 share: the self-test text, little-endian loads
-// and the processor check for the carry-less multiplication paths.
+// the processor check for the carry-less multiplication paths and the
+// dispatch between them and slicing-by-8.
 #pragma once
 
 #include <cstddef>
@@ -33,6 +34,21 @@ inline bool HasCarrylessMultiply() {
     return __builtin_cpu_supports("pclmul") && __builtin_cpu_supports("ssse3");
   }();
   return has;
+}
+
+// The fastest routine for a buffer: carry-less folding over its whole
+// 16-byte blocks when it is long enough and the processor has the
+// instructions, slicing-by-8 for the rest.
+template <class Register, Register (*Folded)(Register, const unsigned char*, std::size_t),
+          Register (*Sliced)(Register, const unsigned char*, std::size_t)>
+Register UpdateFastest(Register crc, const unsigned char* p, std::size_t n) {
+  if (n >= 64 && HasCarrylessMultiply()) {
+    const std::size_t folded = n & ~std::size_t(15);
+    crc = Folded(crc, p, folded);
+    p += folded;
+    n -= folded;
+  }
+  return Sliced(crc, p, n);
 }
 
 }  // namespace FXCrcSupport

@@ -114,13 +114,7 @@ __attribute__((target("pclmul,ssse3"))) std::uint32_t UpdateCarryless(std::uint3
 }
 
 std::uint32_t Update(std::uint32_t crc, const unsigned char* p, std::size_t n) {
-  if (n >= 64 && FXCrcSupport::HasCarrylessMultiply()) {
-    const std::size_t folded = n & ~std::size_t(15);
-    crc = UpdateCarryless(crc, p, folded);
-    p += folded;
-    n -= folded;
-  }
-  return UpdateSlicing8(crc, p, n);
+  return FXCrcSupport::UpdateFastest<std::uint32_t, UpdateCarryless, UpdateSlicing8>(crc, p, n);
 }
 
 }  // namespace

@@ -1,13 +1,6 @@
 // "Success is free": the success path of the result object never allocates.
-//
-// The global operator new of this program counts its calls. On Linux it
-// also serves the library (ELF symbol interposition). A Windows DLL keeps
-// its own operator new, so there the count covers what the header inlines
-// into the caller; the library's side is proven by the Linux run.
-#include <atomic>
 #include <cstdarg>
 #include <cstdio>
-#include <cstdlib>
 #include <new>
 #include <string>
 
@@ -16,20 +9,7 @@
 
 #include "errors/ErrorUtil.h"
 #include "logging/LogHook.h"
-
-namespace {
-std::atomic<long> g_allocations{0};
-std::atomic<bool> g_failNext{false};
-}  // namespace
-
-void* operator new(std::size_t size) {
-  if (g_failNext.exchange(false)) throw std::bad_alloc();
-  ++g_allocations;
-  if (void* p = std::malloc(size ? size : 1)) return p;
-  throw std::bad_alloc();
-}
-void operator delete(void* p) noexcept { std::free(p); }
-void operator delete(void* p, std::size_t) noexcept { std::free(p); }
+#include "support/CountingNew.h"
 
 namespace {
 
@@ -55,13 +35,13 @@ TEST(Allocation, SuccessPathAllocatesNothing) {
   FXErrorUtil::CompileErrorMappingsIntoContainer();
   const CZuError failure = FXErrorUtil::ErrorWin32(FXCodeLocation("a.cpp", "f", 1), 2);
 
-  const long before = g_allocations.load();
+  const long before = ZuTest::AllocationCount();
   CZuError ok = CZuError::Success();
   CZuError copy = ok;
   copy = Outer();
   bool all = !copy && !ok.IsError() && !copy.Is(E_FAIL) && copy.Is(0);
   all = all && failure.Is(static_cast<HRESULT>(0xECCC0002)) && failure.IsNot(static_cast<HRESULT>(0x80070003));
-  EXPECT_EQ(before, g_allocations.load());
+  EXPECT_EQ(before, ZuTest::AllocationCount());
   EXPECT_TRUE(all);
 }
 
@@ -85,7 +65,7 @@ TEST(Allocation, LostChainIsLoggedAndTheCodeKept) {
   const FXCodeLocation here("a.cpp", "CTest::Run", 3);
   boost::shared_ptr<FXErrorItem> item = boost::make_shared<FXErrorItemDescription>(here, "lost");
 
-  g_failNext = true;
+  ZuTest::FailNextAllocation();
   const CZuError r(E_FAIL, item);
   EXPECT_EQ(E_FAIL, r.GetErrorCode());
   EXPECT_EQ("0x80004005", r.AsString());
@@ -96,7 +76,7 @@ TEST(Allocation, LostChainIsLoggedAndTheCodeKept) {
             g_captured.text);
 
   CZuError pushed = CZuError::Success();
-  g_failNext = true;
+  ZuTest::FailNextAllocation();
   pushed.Push(item);
   EXPECT_EQ("Success", pushed.AsString());
   EXPECT_EQ("CZuError::Push", g_captured.function);
