@@ -15,3 +15,6 @@
 #include "text/EnumWrapper.h"
 #include "text/StringAlgo.h"
 #include "text/StringFormat.h"
+#include "text/StringConvert.h"
+#include "text/UTF.h"
+#include "text/ZuString.h"
