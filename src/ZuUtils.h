@@ -17,4 +17,5 @@
 #include "text/StringFormat.h"
 #include "text/StringConvert.h"
 #include "text/UTF.h"
+#include "text/UTFOSAPI.h"
 #include "text/ZuString.h"

@@ -7,7 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "errors/ErrorUtil.h"
-#include "platform/ZuTypes.h"
+#include "platform/CompleteTypes.h"
 #include "text/StringAlgo.h"
 #include "text/StringFormat.h"
 
