@@ -198,7 +198,7 @@ ZUUTILS_API CZuError FullPathNameOf(const char* path, std::string& full);
 // POSIX has no short names: both give the path itself when it exists.
 ZUUTILS_API CZuError LongPathNameOf(const char* path, std::string& longPath);
 ZUUTILS_API CZuError ShortPathNameOf(const char* path, std::string& shortPath);
-// "<folder><separator><first three characters of prefix><hex>.TMP"; a
+// "<folder><separator><first three characters of prefix><hex>.tmp"; a
 // unique number 0 picks a free one and creates the empty file, any other
 // number only forms the name.
 ZUUTILS_API CZuError TempFileNameIn(const char* folder, const char* prefix, unsigned int unique,

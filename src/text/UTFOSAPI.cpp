@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "errors/ErrorUtil.h"
+#include "platform/CompleteTypes.h"
 #include "platform/FileSystem.h"
 #include "text/StringConvert.h"
 

@@ -478,7 +478,7 @@ CZuError TempFileNameIn(const char* folder, const char* prefix, unsigned int uni
   base.append(prefix, cut);
   char hex[16];
   if (unique != 0) {
-    std::snprintf(hex, sizeof hex, "%X.TMP", unique & 0xFFFFu);
+    std::snprintf(hex, sizeof hex, "%X.tmp", unique & 0xFFFFu);
     name = base + hex;
     return CZuError::Success();
   }
@@ -486,7 +486,7 @@ CZuError TempFileNameIn(const char* folder, const char* prefix, unsigned int uni
   for (unsigned int i = 0; i < 0x10000; ++i) {
     const unsigned int number = (start + i) & 0xFFFFu;
     if (number == 0) continue;
-    std::snprintf(hex, sizeof hex, "%X.TMP", number);
+    std::snprintf(hex, sizeof hex, "%X.tmp", number);
     const std::string candidate = base + hex;
     const int fd = ::open(candidate.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (fd >= 0) {

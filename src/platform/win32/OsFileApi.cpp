@@ -91,6 +91,31 @@ CZuError CopyFindData(const WIN32_FIND_DATAW& wide, WIN32_FIND_DATAA* narrow) {
   return CZuError::Success();
 }
 
+// The 32-bit time variants, which msvcrt.dll lacks, from the 64-bit call:
+// the fields are the same, only narrower.
+template <class Record>
+int NarrowedStat(const char* path, Record* buffer) {
+  struct _stat64 wide;
+  const int rc = ::_wstat64(Widen(path).c_str(), &wide);
+  if (rc != 0) return rc;
+  if (static_cast<decltype(buffer->st_size)>(wide.st_size) != wide.st_size) {
+    errno = EOVERFLOW;  // as the C runtime's own 32-bit call reports it
+    return -1;
+  }
+  buffer->st_dev = wide.st_dev;
+  buffer->st_ino = wide.st_ino;
+  buffer->st_mode = wide.st_mode;
+  buffer->st_nlink = wide.st_nlink;
+  buffer->st_uid = wide.st_uid;
+  buffer->st_gid = wide.st_gid;
+  buffer->st_rdev = wide.st_rdev;
+  buffer->st_size = static_cast<decltype(buffer->st_size)>(wide.st_size);
+  buffer->st_atime = static_cast<decltype(buffer->st_atime)>(wide.st_atime);
+  buffer->st_mtime = static_cast<decltype(buffer->st_mtime)>(wide.st_mtime);
+  buffer->st_ctime = static_cast<decltype(buffer->st_ctime)>(wide.st_ctime);
+  return 0;
+}
+
 }  // namespace
 
 namespace FXPlatform {
@@ -187,10 +212,10 @@ CZuError CrtStat(const char* path, TZuStat* buffer) {
   return CrtCheck(::_wstat(Widen(path).c_str(), buffer), ZU_HERE("FXPlatform::CrtStat"), path);
 }
 CZuError CrtStat32(const char* path, TZuStat32* buffer) {
-  return CrtCheck(::_wstat32(Widen(path).c_str(), buffer), ZU_HERE("FXPlatform::CrtStat32"), path);
+  return CrtCheck(NarrowedStat(path, buffer), ZU_HERE("FXPlatform::CrtStat32"), path);
 }
 CZuError CrtStat32i64(const char* path, TZuStat32i64* buffer) {
-  return CrtCheck(::_wstat32i64(Widen(path).c_str(), buffer), ZU_HERE("FXPlatform::CrtStat32i64"), path);
+  return CrtCheck(NarrowedStat(path, buffer), ZU_HERE("FXPlatform::CrtStat32i64"), path);
 }
 CZuError CrtStat64(const char* path, TZuStat64* buffer) {
   return CrtCheck(::_wstat64(Widen(path).c_str(), buffer), ZU_HERE("FXPlatform::CrtStat64"), path);
