@@ -129,15 +129,21 @@ void KeepQuotedRuns(Container& tokens, const std::string& delimiter) {
   }
 }
 
+// The exact size first, then one copy of each piece.
 template <class Iterator, class Char>
 void JoinT(Iterator first, Iterator last, const std::basic_string<Char>& delimiter, std::basic_string<Char>& out) {
   out.clear();
   if (first == last) return;
   std::size_t size = 0, count = 0;
   for (Iterator it = first; it != last; ++it, ++count) size += it->size();
-  out.reserve(size + (count - 1) * delimiter.size());
-  out.append(*first);
-  for (Iterator it = std::next(first); it != last; ++it) out.append(delimiter).append(*it);
+  out.resize(size + (count - 1) * delimiter.size());
+  Char* p = &out[0];
+  typedef std::char_traits<Char> Traits;
+  p = Traits::copy(p, first->data(), first->size()) + first->size();
+  for (Iterator it = std::next(first); it != last; ++it) {
+    p = Traits::copy(p, delimiter.data(), delimiter.size()) + delimiter.size();
+    p = Traits::copy(p, it->data(), it->size()) + it->size();
+  }
 }
 
 }  // namespace

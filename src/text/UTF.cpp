@@ -160,8 +160,30 @@ inline bool WriteOne(std::uint32_t*& t, std::uint32_t* e, std::uint32_t c) {
   return true;
 }
 
-// The loop every converter shares: ASCII runs in blocks, everything else
-// one character at a time through ReadOne/WriteOne.
+// The fast path of each pair of forms: converts a well-formed prefix of at
+// most `left` source units that surely fits in `room` target units, and
+// returns where it stopped. Pairs without a decoder of their own copy ASCII.
+inline const std::uint8_t* FastPrefix(const std::uint8_t* s, std::size_t left, std::uint16_t*& t, std::size_t room) {
+  return DecodeWellFormed(s, s + (left < room ? left : room), t);
+}
+inline const std::uint8_t* FastPrefix(const std::uint8_t* s, std::size_t left, std::uint32_t*& t, std::size_t room) {
+  return DecodeWellFormed(s, s + (left < room ? left : room), t);
+}
+inline const std::uint16_t* FastPrefix(const std::uint16_t* s, std::size_t left, std::uint8_t*& t, std::size_t room) {
+  return EncodeWellFormed(s, s + (left < room / 3 ? left : room / 3), t);
+}
+inline const std::uint32_t* FastPrefix(const std::uint32_t* s, std::size_t left, std::uint8_t*& t, std::size_t room) {
+  return EncodeWellFormed(s, s + (left < room / 4 ? left : room / 4), t);
+}
+template <class Src, class Dst>
+const Src* FastPrefix(const Src* s, std::size_t left, Dst*& t, std::size_t room) {
+  const std::size_t n = CopyAscii(s, t, left < room ? left : room);
+  t += n;
+  return s + n;
+}
+
+// The loop every converter shares: the fast path while it makes progress,
+// else one character the careful way, which also finds every fault.
 template <class Src, class Dst>
 CZuError Transcode(const char* function, const Src** sourceStart, const Src* sourceEnd, Dst** targetStart,
                    Dst* targetEnd, FXUTF::ConversionFlags flags) {
@@ -172,13 +194,13 @@ CZuError Transcode(const char* function, const Src** sourceStart, const Src* sou
   Dst* t = *targetStart;
   CZuError result = CZuError::Success();
   while (s < sourceEnd) {
-    if (Value(*s) < 0x80 && t < targetEnd) {
-      const std::size_t room = static_cast<std::size_t>(targetEnd - t);
-      const std::size_t left = static_cast<std::size_t>(sourceEnd - s);
-      const std::size_t n = CopyAscii(s, t, left < room ? left : room);
-      s += n;
-      t += n;
-      continue;
+    if (t < targetEnd) {
+      const Src* stop = FastPrefix(s, static_cast<std::size_t>(sourceEnd - s), t,
+                                   static_cast<std::size_t>(targetEnd - t));
+      if (stop != s) {
+        s = stop;
+        continue;
+      }
     }
     const Src* const start = s;
     const TRead read = ReadOne(s, sourceEnd, flags);

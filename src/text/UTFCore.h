@@ -106,12 +106,12 @@ inline std::uint8_t* PutUtf8(std::uint8_t* t, std::uint32_t c) {
   return t;
 }
 
-// UTF-8 to UTF-16 or UTF-32 (by the size of Unit) that never fails: each
-// maximal ill-formed subpart becomes one U+FFFD, the Unicode Standard's
-// recommended practice. t must have room for e - s units (no sequence
-// yields more units than it has bytes). Returns the end of the output.
+// Converts the well-formed UTF-8 at the start of [s, e) to UTF-16 or
+// UTF-32 (by the size of Unit) and returns where it stopped: at e, at an
+// ill-formed sequence, or at one cut off by e. t must have room for e - s
+// units (no sequence yields more units than it has bytes) and is advanced.
 template <class Unit>
-Unit* DecodeUtf8Replacing(const std::uint8_t* s, const std::uint8_t* e, Unit* t) {
+const std::uint8_t* DecodeWellFormed(const std::uint8_t* s, const std::uint8_t* e, Unit*& t) {
   while (s < e) {
     const std::uint8_t lead = *s;
     if (lead < 0x80) {
@@ -122,35 +122,30 @@ Unit* DecodeUtf8Replacing(const std::uint8_t* s, const std::uint8_t* e, Unit* t)
     }
     const std::size_t left = static_cast<std::size_t>(e - s);
     if (lead < 0xE0) {
-      if (lead >= 0xC2 && left >= 2 && IsContinuation(s[1])) {
-        *t++ = static_cast<Unit>(((lead & 0x1Fu) << 6) | (s[1] & 0x3Fu));
-        s += 2;
-        continue;
-      }
+      if (lead < 0xC2 || left < 2 || !IsContinuation(s[1])) break;
+      *t++ = static_cast<Unit>(((lead & 0x1Fu) << 6) | (s[1] & 0x3Fu));
+      s += 2;
     } else if (lead < 0xF0) {
-      if (left >= 3 && IsSecondByteOk(lead, s[1]) && IsContinuation(s[2])) {
-        *t++ = static_cast<Unit>(((lead & 0x0Fu) << 12) | ((s[1] & 0x3Fu) << 6) | (s[2] & 0x3Fu));
-        s += 3;
-        continue;
-      }
-    } else if (lead <= 0xF4) {
-      if (left >= 4 && IsSecondByteOk(lead, s[1]) && IsContinuation(s[2]) && IsContinuation(s[3])) {
-        t = Put(t, ((lead & 0x07u) << 18) | ((s[1] & 0x3Fu) << 12) | ((s[2] & 0x3Fu) << 6) | (s[3] & 0x3Fu));
-        s += 4;
-        continue;
-      }
+      if (left < 3 || !IsSecondByteOk(lead, s[1]) || !IsContinuation(s[2])) break;
+      *t++ = static_cast<Unit>(((lead & 0x0Fu) << 12) | ((s[1] & 0x3Fu) << 6) | (s[2] & 0x3Fu));
+      s += 3;
+    } else {
+      if (lead > 0xF4 || left < 4 || !IsSecondByteOk(lead, s[1]) || !IsContinuation(s[2]) ||
+          !IsContinuation(s[3]))
+        break;
+      t = Put(t, ((lead & 0x07u) << 18) | ((s[1] & 0x3Fu) << 12) | ((s[2] & 0x3Fu) << 6) | (s[3] & 0x3Fu));
+      s += 4;
     }
-    s += MaximalSubpart(s, e);
-    *t++ = static_cast<Unit>(kReplacement);
   }
-  return t;
+  return s;
 }
 
-// UTF-16 or UTF-32 to UTF-8 that never fails: an unpaired surrogate or a
-// value above U+10FFFF becomes U+FFFD. t must have room for 3 bytes per
-// unit (UTF-16) or 4 (UTF-32). Returns the end of the output.
+// Converts the well-formed UTF-16 or UTF-32 at the start of [s, e) to
+// UTF-8 and returns where it stopped: at e, at an unpaired surrogate (a
+// high one cut off by e included) or at a value above U+10FFFF. t must have
+// room for 3 bytes per unit (UTF-16) or 4 (UTF-32) and is advanced.
 template <class Unit>
-std::uint8_t* EncodeUtf8Replacing(const Unit* s, const Unit* e, std::uint8_t* t) {
+const Unit* EncodeWellFormed(const Unit* s, const Unit* e, std::uint8_t*& t) {
   while (s < e) {
     std::uint32_t c = Value(*s);
     if (c < 0x80) {
@@ -159,27 +154,48 @@ std::uint8_t* EncodeUtf8Replacing(const Unit* s, const Unit* e, std::uint8_t* t)
       t += n;
       continue;
     }
-    ++s;
     if (c < 0x800) {
       *t++ = static_cast<std::uint8_t>(0xC0 | (c >> 6));
       *t++ = static_cast<std::uint8_t>(0x80 | (c & 0x3F));
+      ++s;
       continue;
     }
-    if constexpr (sizeof(Unit) == 2) {
-      if (IsSurrogate(c)) {
-        if (IsHighSurrogate(c) && s < e && IsLowSurrogate(Value(*s))) {
-          c = 0x10000 + ((c - 0xD800) << 10) + (Value(*s) - 0xDC00);
-          ++s;
-        } else {
-          c = kReplacement;
-        }
-      }
-    } else {
-      if (IsSurrogate(c) || c > kMaxLegal) c = kReplacement;
+    std::size_t used = 1;
+    if (IsSurrogate(c) || c > kMaxLegal) {
+      if (sizeof(Unit) != 2 || !IsHighSurrogate(c) || e - s < 2 || !IsLowSurrogate(Value(s[1]))) break;
+      c = 0x10000 + ((c - 0xD800) << 10) + (Value(s[1]) - 0xDC00);
+      used = 2;
     }
     t = PutUtf8(t, c);
+    s += used;
   }
-  return t;
+  return s;
+}
+
+// UTF-8 to UTF-16 or UTF-32 that never fails: each maximal ill-formed
+// subpart becomes one U+FFFD, the Unicode Standard's recommended practice.
+// t must have room for e - s units. Returns the end of the output.
+template <class Unit>
+Unit* DecodeUtf8Replacing(const std::uint8_t* s, const std::uint8_t* e, Unit* t) {
+  for (;;) {
+    s = DecodeWellFormed(s, e, t);
+    if (s == e) return t;
+    s += MaximalSubpart(s, e);
+    *t++ = static_cast<Unit>(kReplacement);
+  }
+}
+
+// UTF-16 or UTF-32 to UTF-8 that never fails: an unpaired surrogate or a
+// value above U+10FFFF becomes U+FFFD. t must have room for 3 bytes per
+// unit (UTF-16) or 4 (UTF-32). Returns the end of the output.
+template <class Unit>
+std::uint8_t* EncodeUtf8Replacing(const Unit* s, const Unit* e, std::uint8_t* t) {
+  for (;;) {
+    s = EncodeWellFormed(s, e, t);
+    if (s == e) return t;
+    ++s;
+    t = PutUtf8(t, kReplacement);
+  }
 }
 
 }  // namespace FXUTFDetail

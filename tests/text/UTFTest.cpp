@@ -323,6 +323,48 @@ TEST(FXUTF, CursorsShowHowFarItGot) {
   EXPECT_FALSE(FXUTF::ConvertUTF8ToUTF16(&none, nullptr, &noTarget, nullptr, FXUTF::strictConversion).IsError());
 }
 
+// A small target makes the converter stop and go on at every possible
+// place; the pieces must add up to the whole.
+TEST(FXUTF, PiecewiseConversionAddsUpToTheWhole) {
+  std::string text;
+  for (int i = 0; i < 40; ++i) text += "ab\xC3\xA9\xE6\x9D\xB1\xF0\x9F\x98\x80" + std::string(i % 19, 'x');
+  const std::vector<UTF8> bytes = Bytes(text);
+  std::vector<UTF16> whole(bytes.size());
+  const UTF8* s8 = bytes.data();
+  UTF16* t16 = whole.data();
+  ASSERT_FALSE(FXUTF::ConvertUTF8ToUTF16(&s8, s8 + bytes.size(), &t16, t16 + whole.size(), FXUTF::strictConversion).IsError());
+  whole.resize(static_cast<std::size_t>(t16 - whole.data()));
+  // Two units hold any character in UTF-16, four bytes in UTF-8.
+  for (std::size_t room = 2; room <= 9; ++room) {
+    SCOPED_TRACE(room);
+    std::vector<UTF16> pieces;
+    s8 = bytes.data();
+    while (s8 < bytes.data() + bytes.size()) {
+      UTF16 buffer[9];
+      t16 = buffer;
+      const CZuError r = FXUTF::ConvertUTF8ToUTF16(&s8, bytes.data() + bytes.size(), &t16, buffer + room,
+                                                   FXUTF::strictConversion);
+      ASSERT_TRUE(!r.IsError() || Win32Code(r) == ERROR_BUFFER_OVERFLOW);
+      ASSERT_GT(t16, buffer);
+      pieces.insert(pieces.end(), buffer, t16);
+    }
+    EXPECT_EQ(whole, pieces);
+  }
+  for (std::size_t room = 4; room <= 9; ++room) {
+    SCOPED_TRACE(room);
+    std::vector<UTF8> back;
+    const UTF16* s16 = whole.data();
+    while (s16 < whole.data() + whole.size()) {
+      UTF8 buffer[9];
+      UTF8* t8 = buffer;
+      FXUTF::ConvertUTF16ToUTF8(&s16, whole.data() + whole.size(), &t8, buffer + room, FXUTF::strictConversion);
+      ASSERT_GT(t8, buffer);
+      back.insert(back.end(), buffer, t8);
+    }
+    EXPECT_EQ(bytes, back);
+  }
+}
+
 TEST(FXUTF, IsLegalUTF8NamesTheFault) {
   struct TCase {
     std::string bytes;
