@@ -164,7 +164,8 @@ void ToUpper(std::basic_string<Char>& s) {
 }
 
 // The first match in the haystack, or null: an empty needle matches the
-// haystack itself, an empty (or null) haystack matches nothing.
+// haystack itself; an empty haystack holds no other needle; null matches
+// nothing.
 template <class Char>
 const Char* FindString(const Char* haystack, const Char* needle, bool ignoreCase) {
   if (haystack == nullptr || needle == nullptr) return nullptr;

@@ -4,8 +4,9 @@
 // and case and blank tests are ASCII, byte by byte, as the C runtime's
 // classic locale has them. The class never raises and never reports: a
 // failed allocation leaves the string empty, out-of-range positions read as
-// the character 0 or leave the string as it is. The older integer-result
-// convention of its users is 0 success, -1 end of data, -2 failure.
+// the character 0 or leave the string as it is. Integer results keep the
+// older classes' convention (0 success, -1 end of data, -2 failure): a
+// search gives -1 when it finds nothing.
 //
 // Numbers and single characters are rendered in a 50-byte scratch area
 // inside the object, so appending them allocates only when the text buffer
