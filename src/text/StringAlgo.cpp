@@ -3,6 +3,9 @@
 #include <cstdint>
 #include <cstring>
 
+// Match positions are read from bit masks in memory order.
+static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "little-endian targets only");
+
 namespace {
 
 using FXString::Detail::AsciiLower;
@@ -26,49 +29,65 @@ bool EqualFolded(const Char* a, const Char* b, std::size_t n, ECase mode) {
   return true;
 }
 
-// The high bit of every byte of v that is zero, and no other bit.
-std::uint64_t ZeroBytes(std::uint64_t v) {
-  const std::uint64_t low7 = 0x7F7F7F7F7F7F7F7Full;
-  return ~(((v & low7) + low7) | v | low7);
+// Narrow search without case: the positions whose first and last bytes
+// fold to the needle's first and last are found sixteen at a time (GCC's
+// vector types: SSE2 on x86-64), and only those are compared in full. Two
+// anchors a needle's length apart rarely both match by chance. A byte folds
+// to a lower-case letter f exactly when (byte | 0x20) == f; any other
+// character only matches itself.
+typedef unsigned char TBytes16 __attribute__((vector_size(16)));
+typedef std::uint64_t TWords2 __attribute__((vector_size(16)));
+
+struct TAnchor {
+  unsigned char bits;     // ORed in before comparing: 0x20 for letters
+  unsigned char pattern;  // what the byte must then equal
+};
+
+TAnchor AnchorOf(unsigned char folded) {
+  const bool letter = folded >= 'a' && folded <= 'z';
+  return {static_cast<unsigned char>(letter ? 0x20 : 0x00), folded};
 }
 
-// The next position in [p, last] whose byte folds to `first`, a letter:
-// exactly the bytes b with (b | 0x20) == first. Eight bytes are tested at
-// once while eight can be read before `end`.
-const char* NextLetter(const char* p, const char* last, const char* end, unsigned char first) {
-  const std::uint64_t pattern = 0x0101010101010101ull * first;
-  for (; p <= last && end - p >= 8; p += 8) {
-    std::uint64_t word;
-    std::memcpy(&word, p, 8);
-    if (ZeroBytes((word | 0x2020202020202020ull) ^ pattern) == 0) continue;
-    for (int k = 0; k < 8 && p + k <= last; ++k)
-      if ((static_cast<unsigned char>(p[k]) | 0x20u) == first) return p + k;
+const char* FindFoldedNarrow(const char* hay, std::size_t hayLength, const char* needle, std::size_t needleLength,
+                             ECase mode) {
+  const char* const end = hay + hayLength;
+  const char* const last = end - needleLength;
+  const std::size_t gap = needleLength - 1;
+  const TAnchor first = AnchorOf(static_cast<unsigned char>(Folded(needle[0], mode)));
+  const TAnchor final = AnchorOf(static_cast<unsigned char>(Folded(needle[gap], mode)));
+  const TBytes16 bits0 = first.bits - TBytes16{}, pattern0 = first.pattern - TBytes16{};
+  const TBytes16 bits1 = final.bits - TBytes16{}, pattern1 = final.pattern - TBytes16{};
+  const char* p = hay;
+  for (; end - p >= static_cast<std::ptrdiff_t>(gap + 16); p += 16) {
+    TBytes16 a, b;
+    std::memcpy(&a, p, 16);
+    std::memcpy(&b, p + gap, 16);
+    const TWords2 hits = reinterpret_cast<TWords2>(((a | bits0) == pattern0) & ((b | bits1) == pattern1));
+    if ((hits[0] | hits[1]) == 0) continue;
+    for (int h = 0; h < 2; ++h) {
+      for (std::uint64_t m = hits[h]; m != 0; m &= m - 1) {
+        const char* q = p + 8 * h + (__builtin_ctzll(m) >> 3);
+        if (EqualFolded(q, needle, needleLength, mode)) return q;
+      }
+    }
   }
   for (; p <= last; ++p)
-    if ((static_cast<unsigned char>(*p) | 0x20u) == first) return p;
+    if (EqualFolded(p, needle, needleLength, mode)) return p;
   return nullptr;
 }
 
 template <class Char>
 const Char* FindFolded(const Char* hay, std::size_t hayLength, const Char* needle, std::size_t needleLength,
                        ECase mode) {
-  const Char* const end = hay + hayLength;
-  const Char* const last = end - needleLength;
-  const std::uint32_t first = Folded(needle[0], mode);
-  for (const Char* p = hay; p <= last; ++p) {
-    if constexpr (sizeof(Char) == 1) {
-      if (first >= 'a' && first <= 'z') {
-        p = NextLetter(p, last, end, static_cast<unsigned char>(first));
-      } else {
-        p = static_cast<const Char*>(std::memchr(p, static_cast<int>(first), static_cast<std::size_t>(last - p) + 1));
-      }
-      if (p == nullptr) return nullptr;
-    } else {
-      if (Folded(*p, mode) != first) continue;
-    }
-    if (EqualFolded(p + 1, needle + 1, needleLength - 1, mode)) return p;
+  if constexpr (sizeof(Char) == 1) {
+    return FindFoldedNarrow(hay, hayLength, needle, needleLength, mode);
+  } else {
+    const Char* const last = hay + (hayLength - needleLength);
+    const std::uint32_t first = Folded(needle[0], mode);
+    for (const Char* p = hay; p <= last; ++p)
+      if (Folded(*p, mode) == first && EqualFolded(p + 1, needle + 1, needleLength - 1, mode)) return p;
+    return nullptr;
   }
-  return nullptr;
 }
 
 template <class Char>
@@ -129,20 +148,48 @@ void KeepQuotedRuns(Container& tokens, const std::string& delimiter) {
   }
 }
 
-// The exact size first, then one copy of each piece.
+// Copies of the short pieces that joining meets (words, path components)
+// as a few moves instead of a call; long ones go to memcpy.
+inline void CopyBytes(char* d, const char* s, std::size_t n) {
+  if (n > 16) {
+    std::memcpy(d, s, n);
+  } else if (n >= 8) {
+    std::uint64_t head, tail;
+    std::memcpy(&head, s, 8);
+    std::memcpy(&tail, s + n - 8, 8);
+    std::memcpy(d, &head, 8);
+    std::memcpy(d + n - 8, &tail, 8);
+  } else if (n >= 4) {
+    std::uint32_t head, tail;
+    std::memcpy(&head, s, 4);
+    std::memcpy(&tail, s + n - 4, 4);
+    std::memcpy(d, &head, 4);
+    std::memcpy(d + n - 4, &tail, 4);
+  } else {
+    for (std::size_t i = 0; i < n; ++i) d[i] = s[i];
+  }
+}
+
+// The exact size first, then one copy of each piece. The delimiter is
+// held in locals: the byte copies could otherwise alias it.
 template <class Iterator, class Char>
 void JoinT(Iterator first, Iterator last, const std::basic_string<Char>& delimiter, std::basic_string<Char>& out) {
   out.clear();
   if (first == last) return;
+  const char* const separator = reinterpret_cast<const char*>(delimiter.data());
+  const std::size_t separatorSize = delimiter.size() * sizeof(Char);
   std::size_t size = 0, count = 0;
   for (Iterator it = first; it != last; ++it, ++count) size += it->size();
   out.resize(size + (count - 1) * delimiter.size());
-  Char* p = &out[0];
-  typedef std::char_traits<Char> Traits;
-  p = Traits::copy(p, first->data(), first->size()) + first->size();
+  char* p = reinterpret_cast<char*>(&out[0]);
+  CopyBytes(p, reinterpret_cast<const char*>(first->data()), first->size() * sizeof(Char));
+  p += first->size() * sizeof(Char);
   for (Iterator it = std::next(first); it != last; ++it) {
-    p = Traits::copy(p, delimiter.data(), delimiter.size()) + delimiter.size();
-    p = Traits::copy(p, it->data(), it->size()) + it->size();
+    CopyBytes(p, separator, separatorSize);
+    p += separatorSize;
+    const std::size_t bytes = it->size() * sizeof(Char);
+    CopyBytes(p, reinterpret_cast<const char*>(it->data()), bytes);
+    p += bytes;
   }
 }
 

@@ -5,7 +5,9 @@
 // end, flags) and advances both cursors past what it converted, also when it
 // fails. On failure the source cursor stands at the first unit of the
 // character that could not be converted, so a caller can grow its target and
-// go on from there, or report the offset of the bad input.
+// go on from there, or report the offset of the bad input. Target units
+// after the returned cursor may have been written to (the fast path stores
+// whole words), never beyond the target end.
 //
 // Failures (Win32 items, function "FXUTF::<name>"):
 //   122 "Too few bytes in source, cannot convert"  the source ends inside a

@@ -106,59 +106,145 @@ inline std::uint8_t* PutUtf8(std::uint8_t* t, std::uint32_t c) {
   return t;
 }
 
+// The short ASCII runs of mixed text are found with one word load and a
+// count of trailing zero bits, which needs the lowest address in the lowest
+// bits. Both targets (x86-64 Windows and Linux) are little-endian.
+static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "ASCII runs are measured in memory order");
+
+// The bits of an 8-byte word of Units that are set in no ASCII unit.
+template <class Unit>
+constexpr std::uint64_t kNonAsciiBits = sizeof(Unit) == 1   ? 0x8080808080808080ull
+                                        : sizeof(Unit) == 2 ? 0xFF80FF80FF80FF80ull
+                                                            : 0xFFFFFF80FFFFFF80ull;
+
+// At an ASCII unit with at least two words (16 bytes) to read: converts
+// the ASCII run that starts there, and returns how many units it took. A
+// run shorter than that is copied as two whole words (the target must have
+// room for them), of which only the run counts.
+template <class Src, class Dst>
+inline std::size_t AsciiRun(const Src* s, std::size_t left, Dst* t) {
+  constexpr std::size_t kPerWord = 8 / sizeof(Src);
+  std::uint64_t words[2];
+  std::memcpy(words, s, 16);
+  const std::uint64_t high0 = words[0] & kNonAsciiBits<Src>;
+  const std::uint64_t high1 = words[1] & kNonAsciiBits<Src>;
+  if ((high0 | high1) == 0) return CopyAscii(s, t, left);
+  for (std::size_t k = 0; k < 2 * kPerWord; ++k) t[k] = static_cast<Dst>(s[k]);
+  constexpr unsigned kBitsPerUnit = 8 * sizeof(Src);
+  return high0 != 0 ? static_cast<std::size_t>(__builtin_ctzll(high0)) / kBitsPerUnit
+                    : kPerWord + static_cast<std::size_t>(__builtin_ctzll(high1)) / kBitsPerUnit;
+}
+
 // Converts the well-formed UTF-8 at the start of [s, e) to UTF-16 or
 // UTF-32 (by the size of Unit) and returns where it stopped: at e, at an
-// ill-formed sequence, or at one cut off by e. t must have room for e - s
-// units (no sequence yields more units than it has bytes) and is advanced.
+// ill-formed sequence, or at one cut off by e. The target must have room
+// for e - s units (no sequence yields more units than it has bytes); it is
+// advanced past the output, and units after that may have been written.
 template <class Unit>
-const std::uint8_t* DecodeWellFormed(const std::uint8_t* s, const std::uint8_t* e, Unit*& t) {
+const std::uint8_t* DecodeWellFormed(const std::uint8_t* s, const std::uint8_t* e, Unit*& target) {
+  Unit* t = target;  // a local, which byte stores cannot alias
   while (s < e) {
-    const std::uint8_t lead = *s;
-    if (lead < 0x80) {
-      const std::size_t n = CopyAscii(s, t, static_cast<std::size_t>(e - s));
+    if (*s < 0x80) {
+      const std::size_t left = static_cast<std::size_t>(e - s);
+      std::size_t n = 1;
+      if (left >= 16) {
+        n = AsciiRun(s, left, t);
+      } else {
+        *t = static_cast<Unit>(*s);
+      }
       s += n;
       t += n;
-      continue;
+      if (s == e || *s < 0x80) continue;
     }
+    const std::uint32_t lead = *s;
     const std::size_t left = static_cast<std::size_t>(e - s);
     if (lead < 0xE0) {
       if (lead < 0xC2 || left < 2 || !IsContinuation(s[1])) break;
       *t++ = static_cast<Unit>(((lead & 0x1Fu) << 6) | (s[1] & 0x3Fu));
       s += 2;
     } else if (lead < 0xF0) {
-      if (left < 3 || !IsSecondByteOk(lead, s[1]) || !IsContinuation(s[2])) break;
-      *t++ = static_cast<Unit>(((lead & 0x0Fu) << 12) | ((s[1] & 0x3Fu) << 6) | (s[2] & 0x3Fu));
+      // A run of three-byte characters, as CJK text is: one load each.
+      const std::uint8_t* const before = s;
+      while (e - s >= 4) {
+        std::uint32_t word;
+        std::memcpy(&word, s, 4);
+        if ((word & 0x00C0C0F0u) != 0x008080E0u) break;
+        const std::uint32_t c = ((word & 0x0Fu) << 12) | ((word & 0x3F00u) >> 2) | ((word >> 16) & 0x3Fu);
+        if (c < 0x800 || IsSurrogate(c)) break;
+        *t++ = static_cast<Unit>(c);
+        s += 3;
+      }
+      if (s != before) continue;
+      if (left < 3 || !IsContinuation(s[1]) || !IsContinuation(s[2])) break;
+      const std::uint32_t c = ((lead & 0x0Fu) << 12) | ((s[1] & 0x3Fu) << 6) | (s[2] & 0x3Fu);
+      if (c < 0x800 || IsSurrogate(c)) break;  // overlong, or an encoded surrogate
+      *t++ = static_cast<Unit>(c);
       s += 3;
     } else {
-      if (lead > 0xF4 || left < 4 || !IsSecondByteOk(lead, s[1]) || !IsContinuation(s[2]) ||
-          !IsContinuation(s[3]))
+      if (lead > 0xF4 || left < 4 || !IsContinuation(s[1]) || !IsContinuation(s[2]) || !IsContinuation(s[3]))
         break;
-      t = Put(t, ((lead & 0x07u) << 18) | ((s[1] & 0x3Fu) << 12) | ((s[2] & 0x3Fu) << 6) | (s[3] & 0x3Fu));
+      const std::uint32_t c =
+          ((lead & 0x07u) << 18) | ((s[1] & 0x3Fu) << 12) | ((s[2] & 0x3Fu) << 6) | (s[3] & 0x3Fu);
+      if (c < 0x10000 || c > kMaxLegal) break;
+      t = Put(t, c);
       s += 4;
     }
   }
+  target = t;
   return s;
+}
+
+// The three UTF-8 bytes of a character of U+0800..U+FFFF, in memory order.
+inline std::uint32_t Utf8Of3(std::uint32_t c) {
+  return (0xE0 | (c >> 12)) | ((0x80 | ((c >> 6) & 0x3F)) << 8) | ((0x80 | (c & 0x3F)) << 16);
 }
 
 // Converts the well-formed UTF-16 or UTF-32 at the start of [s, e) to
 // UTF-8 and returns where it stopped: at e, at an unpaired surrogate (a
-// high one cut off by e included) or at a value above U+10FFFF. t must have
-// room for 3 bytes per unit (UTF-16) or 4 (UTF-32) and is advanced.
+// high one cut off by e included) or at a value above U+10FFFF. The target
+// must have room for 3 bytes per unit (UTF-16) or 4 (UTF-32); it is
+// advanced past the output, and bytes after that may have been written.
 template <class Unit>
-const Unit* EncodeWellFormed(const Unit* s, const Unit* e, std::uint8_t*& t) {
+const Unit* EncodeWellFormed(const Unit* s, const Unit* e, std::uint8_t*& target) {
+  std::uint8_t* t = target;  // a local, which byte stores cannot alias
+  constexpr std::size_t kPerWord = 8 / sizeof(Unit);
   while (s < e) {
     std::uint32_t c = Value(*s);
     if (c < 0x80) {
-      const std::size_t n = CopyAscii(s, t, static_cast<std::size_t>(e - s));
+      const std::size_t left = static_cast<std::size_t>(e - s);
+      std::size_t n = 1;
+      if (left >= 2 * kPerWord) {
+        n = AsciiRun(s, left, t);
+      } else {
+        *t = static_cast<std::uint8_t>(c);
+      }
       s += n;
       t += n;
-      continue;
+      if (s == e) break;
+      c = Value(*s);
+      if (c < 0x80) continue;
     }
     if (c < 0x800) {
-      *t++ = static_cast<std::uint8_t>(0xC0 | (c >> 6));
-      *t++ = static_cast<std::uint8_t>(0x80 | (c & 0x3F));
+      const std::uint16_t pair = static_cast<std::uint16_t>((0xC0 | (c >> 6)) | ((0x80 | (c & 0x3F)) << 8));
+      std::memcpy(t, &pair, 2);
+      t += 2;
       ++s;
       continue;
+    }
+    if (c < 0x10000 && !IsSurrogate(c)) {
+      // A run of three-byte characters, as CJK text is: two at a time, in
+      // one store of eight bytes while a third unit's room follows.
+      while (e - s >= 3) {
+        const std::uint32_t c0 = Value(s[0]), c1 = Value(s[1]);
+        if (c0 < 0x800 || c1 < 0x800 || c0 > 0xFFFF || c1 > 0xFFFF || IsSurrogate(c0) || IsSurrogate(c1)) break;
+        const std::uint64_t bytes = Utf8Of3(c0) | (static_cast<std::uint64_t>(Utf8Of3(c1)) << 24);
+        std::memcpy(t, &bytes, 8);
+        t += 6;
+        s += 2;
+      }
+      if (s == e) break;
+      c = Value(*s);
+      if (c < 0x800) continue;
     }
     std::size_t used = 1;
     if (IsSurrogate(c) || c > kMaxLegal) {
@@ -166,9 +252,26 @@ const Unit* EncodeWellFormed(const Unit* s, const Unit* e, std::uint8_t*& t) {
       c = 0x10000 + ((c - 0xD800) << 10) + (Value(s[1]) - 0xDC00);
       used = 2;
     }
-    t = PutUtf8(t, c);
+    if (c < 0x10000) {
+      // Three bytes as one store of four where another unit follows (its
+      // room takes the spare byte).
+      const std::uint32_t bytes = Utf8Of3(c);
+      if (e - s >= 2) {
+        std::memcpy(t, &bytes, 4);
+      } else {
+        std::memcpy(t, &bytes, 3);
+      }
+      t += 3;
+    } else {
+      t[0] = static_cast<std::uint8_t>(0xF0 | (c >> 18));
+      t[1] = static_cast<std::uint8_t>(0x80 | ((c >> 12) & 0x3F));
+      t[2] = static_cast<std::uint8_t>(0x80 | ((c >> 6) & 0x3F));
+      t[3] = static_cast<std::uint8_t>(0x80 | (c & 0x3F));
+      t += 4;
+    }
     s += used;
   }
+  target = t;
   return s;
 }
 

@@ -152,6 +152,19 @@ TEST(StringAlgo, FindWithAndWithoutCase) {
   EXPECT_EQ(102, FXString::FindStringPos(longText, "QQXy", true));
   EXPECT_EQ(-1, FXString::FindStringPos(longText, "QQXyz", true));
 
+  // Every offset, for the search that tests sixteen positions at a time:
+  // near misses before the match, and needles of one byte and of
+  // non-letters.
+  for (std::size_t at = 0; at < 40; ++at) {
+    std::string text(64, 'x');
+    text.replace(0, at, std::string(at, 'N'));  // "N" matches the first byte only
+    text.replace(at, 4, "nEe_");
+    EXPECT_EQ(static_cast<long long>(at), FXString::FindStringPos(text, "NEE_", true)) << at;
+    EXPECT_EQ(static_cast<long long>(at), FXString::FindStringPos(text, "e_", true) - 2) << at;
+    EXPECT_EQ(static_cast<long long>(at + 3), FXString::FindStringPos(text, "_", true)) << at;
+    EXPECT_EQ(-1, FXString::FindStringPos(text, "NEE_X_", true)) << at;
+  }
+
   // Wide text without case compares the folded low bytes only.
   const std::wstring word = L"x\u0161y";
   EXPECT_EQ(1, FXString::FindStringPos(word, L"A", true));

@@ -68,6 +68,9 @@ const std::vector<TGolden>& Golden() {
       {"truncated at end", "x\xF0\x9F\x98", U"x\uFFFD", false},
       {"truncated before ASCII", "\xE6\x9D" "A\xC3", U"\uFFFD" "A\uFFFD", false},
       {"bad third byte", "\xF0\x9F\x41", U"\uFFFDA", false},
+      {"three-byte run", "\xE6\x9D\xB1\xE4\xBA\xAC\xE9\x83\xBD\xE6\x9D\xB1", U"\u6771\u4EAC\u90FD\u6771", true},
+      {"surrogate inside a run", "\xE6\x9D\xB1\xE4\xBA\xAC\xED\xA0\x80\xE9\x83\xBD",
+       U"\u6771\u4EAC\uFFFD\uFFFD\uFFFD\u90FD", false},
   };
   return table;
 }
@@ -105,6 +108,10 @@ TEST(StringConvert, LongTextsAndInvalidWideInput) {
     EXPECT_EQ("\xEF\xBF\xBD", FXString::ToString(std::wstring(1, static_cast<wchar_t>(-1))));
   }
   EXPECT_EQ("a", FXString::ToString(std::wstring(L"a\0b", 3)));
+  // An unpaired surrogate inside a run of CJK characters, which are taken
+  // two at a time.
+  const std::wstring run{0x6771, 0x4EAC, static_cast<wchar_t>(0xD800), 0x90FD, 0x6771, 0x4EAC};
+  EXPECT_EQ("\xE6\x9D\xB1\xE4\xBA\xAC\xEF\xBF\xBD\xE9\x83\xBD\xE6\x9D\xB1\xE4\xBA\xAC", FXString::ToString(run));
 
   EXPECT_EQ("", FXString::ToString(static_cast<const wchar_t*>(nullptr)));
   EXPECT_EQ(L"", FXString::ToWstring(static_cast<const char*>(nullptr)));
@@ -221,6 +228,15 @@ TEST(FXUTF, SurrogatesAndOutOfRangeByMode) {
   t = out;
   ASSERT_FALSE(FXUTF::ConvertUTF16ToUTF8(&s, lone + 5, &t, out + 32, FXUTF::lenientConversion).IsError());
   EXPECT_EQ("A\xEF\xBF\xBD" "B\xEF\xBF\xBD" "C", std::string(out, t));
+
+  // ... also inside a run of CJK characters, which are taken two at a time.
+  const UTF16 run[] = {0x6771, 0x4EAC, 0x90FD, 0xDC00, 0x6771};
+  s = run;
+  t = out;
+  r = FXUTF::ConvertUTF16ToUTF8(&s, run + 5, &t, out + 32, FXUTF::strictConversion);
+  EXPECT_TRUE(Says(r, "character=0xDC00"));
+  EXPECT_EQ(run + 3, s);
+  EXPECT_EQ(out + 9, t);
 
   // UTF-32 surrogates and values above U+10FFFF.
   const UTF32 wide[] = {0x110000, 0xDFFF, 0xFFFFFFFF};
