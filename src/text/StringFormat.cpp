@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "errors/ErrorUtil.h"
+#include "platform/CompleteTypes.h"
 
 namespace {
 
@@ -102,5 +103,62 @@ std::wstring Format(const wchar_t* fmt, ...) {
   va_end(args);
   return out;
 }
+
+}  // namespace FXString
+
+namespace {
+
+std::string GroupThousands(std::string digits) {
+  const std::size_t start = digits[0] == '-' ? 1 : 0;
+  for (std::size_t i = digits.size(); i > start + 3;) {
+    i -= 3;
+    digits.insert(i, 1, ',');
+  }
+  return digits;
+}
+
+std::wstring Widened(const std::string& ascii) { return std::wstring(ascii.begin(), ascii.end()); }
+
+}  // namespace
+
+namespace FXString {
+
+std::string FormatNumber(int value) { return GroupThousands(std::to_string(value)); }
+std::string FormatNumber(unsigned int value) { return GroupThousands(std::to_string(value)); }
+std::string FormatNumber(long long value) { return GroupThousands(std::to_string(value)); }
+std::string FormatNumber(unsigned long long value) { return GroupThousands(std::to_string(value)); }
+
+std::string FormatByteSize(unsigned long long size, int precision) {
+  static const char* const kUnits[] = {"B ", "KB", "MB", "GB", "TB", "PB", "EB"};
+  double value = static_cast<double>(size);
+  int unit = 0;
+  while (value >= 1024 && unit < 6) {
+    value *= 0.0009765625;
+    ++unit;
+  }
+  char number[64];
+  if (precision < 0) {
+    std::snprintf(number, sizeof number, "%g", value);
+  } else {
+    const bool whole = value == static_cast<double>(static_cast<unsigned long long>(value));
+    std::snprintf(number, sizeof number, "%.*f", whole ? 0 : precision, value);
+  }
+  return std::string(number) + " " + kUnits[unit];
+}
+
+std::string AsString(const GUID& guid) {
+  return Format("{%08X-%04X-%04X-%02X%02X-%02X%02X%02X%02X%02X%02X}", static_cast<unsigned int>(guid.Data1),
+                static_cast<unsigned int>(guid.Data2), static_cast<unsigned int>(guid.Data3),
+                static_cast<unsigned int>(guid.Data4[0]), static_cast<unsigned int>(guid.Data4[1]),
+                static_cast<unsigned int>(guid.Data4[2]), static_cast<unsigned int>(guid.Data4[3]),
+                static_cast<unsigned int>(guid.Data4[4]), static_cast<unsigned int>(guid.Data4[5]),
+                static_cast<unsigned int>(guid.Data4[6]), static_cast<unsigned int>(guid.Data4[7]));
+}
+std::wstring AsWstring(const GUID& guid) { return Widened(AsString(guid)); }
+
+std::string AsString(const LUID& luid) {
+  return Format("%d:0x%x", static_cast<int>(luid.HighPart), static_cast<unsigned int>(luid.LowPart));
+}
+std::wstring AsWstring(const LUID& luid) { return Widened(AsString(luid)); }
 
 }  // namespace FXString
