@@ -86,9 +86,10 @@ ZUUTILS_API int GetEventMessage(const CZuError& result, unsigned long module);
 // Insertion marks "%1" to "%99" (a printf-style "!...!" after the number is
 // skipped: the parameter's own type decides) are filled from the item's
 // parameters: int, unsigned, long, unsigned long, long long and unsigned
-// long long as numbers, std::string and const char* as they are; a mark
-// without its parameter becomes "--Missing-Argument-N--", a parameter of
-// another type (wide strings among them) "--Unsupported-Argument-N--";
+// long long as numbers, std::string and const char* as they are,
+// std::wstring in UTF-8; a mark without its parameter becomes
+// "--Missing-Argument-N--", a parameter of another type
+// "--Unsupported-Argument-N--";
 // "%%" is a percent sign. The full text keeps the message's line breaks,
 // the user formats show it in one line. Lookups may run on any thread.
 //

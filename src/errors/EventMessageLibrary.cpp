@@ -9,6 +9,7 @@
 #include "errors/ErrorText.h"
 #include "errors/ErrorUtil.h"
 #include "platform/DynamicLibrary.h"
+#include "text/StringConvert.h"
 #include "text/StringFormat.h"
 
 namespace {
@@ -46,7 +47,7 @@ bool FormatAs(const boost::any& value, const char* format, std::string& text) {
   return v != nullptr;
 }
 
-// One parameter as text, by its type. Other types (wide strings among them)
+// One parameter as text, by its type; wide strings in UTF-8. Other types
 // are named as unsupported rather than guessed at.
 void AppendArgument(const boost::any& value, unsigned long long number, std::string& text) {
   if (const std::string* s = boost::any_cast<std::string>(&value)) {
@@ -55,6 +56,10 @@ void AppendArgument(const boost::any& value, unsigned long long number, std::str
   }
   if (const char* const* s = boost::any_cast<const char*>(&value)) {
     text += *s ? *s : "";
+    return;
+  }
+  if (const std::wstring* s = boost::any_cast<std::wstring>(&value)) {
+    text += FXString::ToString(*s);
     return;
   }
   if (FormatAs<int>(value, "%d", text) || FormatAs<unsigned>(value, "%u", text) ||

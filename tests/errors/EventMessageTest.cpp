@@ -85,8 +85,11 @@ TEST_F(EventMessageText, LinesKeptInTheLogAndJoinedForUsers) {
 
 TEST_F(EventMessageText, ParametersFormattedByTheirType) {
   CZuError r = ErrorEventMessage(kHere, 0x05000103);
-  r << boost::any(static_cast<const char*>("copy")) << 42u << -5LL << 7ULL << -3L << 8UL << L"wide";
-  EXPECT_EQ("copy is 42% done; -5 7 -3 8 --Unsupported-Argument-7--", r.AsString(kCode));
+  r << boost::any(static_cast<const char*>("copy")) << 42u << -5LL << 7ULL << -3L << 8UL << L"w\u00EFde";
+  EXPECT_EQ("copy is 42% done; -5 7 -3 8 w\xC3\xAF" "de", r.AsString(kCode));
+  CZuError odd = ErrorEventMessage(kHere, 0x05000103);
+  odd << 1.5;
+  EXPECT_EQ(0u, odd.AsString(kCode).find("--Unsupported-Argument-1-- is --Missing-Argument-2--"));
 
   CZuError none = ErrorEventMessage(kHere, 0x05000103);
   EXPECT_EQ("--Missing-Argument-1-- is --Missing-Argument-2--% done; --Missing-Argument-3-- --Missing-Argument-4-- "
