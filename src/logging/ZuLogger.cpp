@@ -15,7 +15,7 @@
 #include "platform/DynamicLibrary.h"
 #include "platform/FileSystem.h"
 #include "platform/InitLock.h"
-#include "platform/LocalTime.h"
+#include "platform/Clock.h"
 #include "platform/LogFile.h"
 #include "platform/Process.h"
 #include "platform/ProcessLock.h"

@@ -19,7 +19,7 @@
 
 #include "ZuUtilsExport.h"
 #include "errors/ZuError.h"
-#include "platform/LocalTime.h"
+#include "platform/Clock.h"
 #include "platform/ProcessLock.h"
 
 namespace FXPlatform {

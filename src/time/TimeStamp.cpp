@@ -2,7 +2,8 @@
 
 #include <climits>
 
-#include "platform/SystemClock.h"
+#include "platform/Clock.h"
+#include "platform/CompleteTypes.h"
 #include "text/StringFormat.h"
 
 namespace {

@@ -12,7 +12,7 @@
 #include "errors/ErrorUtil.h"
 #include "logging/ZuLogger.h"
 #include "platform/FileSystem.h"
-#include "platform/LocalTime.h"
+#include "platform/Clock.h"
 #include "platform/Process.h"
 #include "text/StringFormat.h"
 

@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/SystemClock.h"  // FILETIME as a complete type
+#include "platform/CompleteTypes.h"
 #include "time/TimeStamp.h"
 
 namespace {

@@ -1,11 +1,25 @@
-// The local wall-clock time as the logger prints it.
+// The system's clock and its local-time rules: UTC in file-time units (100 ns
+// since 1601-01-01 00:00:00 UTC) for time stamps, and the local wall-clock
+// time and zone as the logger prints them.
 #pragma once
 
 #include <string>
 
 #include "ZuUtilsExport.h"
+#include "platform/ZuTypes.h"
 
 namespace FXPlatform {
+
+// The current UTC time with the clock's full resolution (100 ns on Windows,
+// the nanoseconds of CLOCK_REALTIME truncated to 100 ns on POSIX).
+ZUUTILS_API long long FileTimeNow();
+
+// The local time of a UTC instant under the system's current zone
+// settings, with the daylight-saving rule of the instant's own date (on
+// Windows SystemTimeToTzSpecificLocalTime, on POSIX localtime_r, which
+// reads TZ once per process). An instant the system cannot convert (before
+// 1601 on Windows) is returned unchanged, as UTC.
+ZUUTILS_API long long UtcToLocalFileTime(long long utc);
 
 struct TLocalTime {
   int year = 0;    // 4 digits
