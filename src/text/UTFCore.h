@@ -199,6 +199,26 @@ inline std::uint32_t Utf8Of3(std::uint32_t c) {
   return (0xE0 | (c >> 12)) | ((0x80 | ((c >> 6) & 0x3F)) << 8) | ((0x80 | (c & 0x3F)) << 16);
 }
 
+// The bits of an 8-byte word of Units that are set in no unit below U+0800
+// (a negative wchar_t included).
+template <class Unit>
+constexpr std::uint64_t kWideBits = sizeof(Unit) == 2 ? 0xF800F800F800F800ull : 0xFFFFF800FFFFF800ull;
+
+// Converts n units below U+0800 to UTF-8 without a branch per unit: each
+// goes out as one store of two bytes, of which an ASCII unit keeps one. The
+// target must have room for 2 bytes per unit.
+template <class Unit>
+inline std::uint8_t* EncodeBelow800(const Unit* s, std::size_t n, std::uint8_t* t) {
+  for (std::size_t k = 0; k < n; ++k) {
+    const std::uint32_t c = Value(s[k]);
+    const std::uint32_t pair = (0xC0 | (c >> 6)) | ((0x80 | (c & 0x3F)) << 8);
+    const std::uint16_t bytes = static_cast<std::uint16_t>(c < 0x80 ? c : pair);
+    std::memcpy(t, &bytes, 2);
+    t += 1 + (c >= 0x80);
+  }
+  return t;
+}
+
 // Converts the well-formed UTF-16 or UTF-32 at the start of [s, e) to
 // UTF-8 and returns where it stopped: at e, at an unpaired surrogate (a
 // high one cut off by e included) or at a value above U+10FFFF. The target
@@ -208,26 +228,42 @@ template <class Unit>
 const Unit* EncodeWellFormed(const Unit* s, const Unit* e, std::uint8_t*& target) {
   std::uint8_t* t = target;  // a local, which byte stores cannot alias
   constexpr std::size_t kPerWord = 8 / sizeof(Unit);
+  constexpr std::size_t kPerBlock = 8;
+  constexpr std::size_t kWords = kPerBlock / kPerWord;
+  constexpr unsigned kBitsPerUnit = 8 * sizeof(Unit);
   while (s < e) {
-    std::uint32_t c = Value(*s);
-    if (c < 0x80) {
-      const std::size_t left = static_cast<std::size_t>(e - s);
-      std::size_t n = 1;
-      if (left >= 2 * kPerWord) {
-        n = AsciiRun(s, left, t);
-      } else {
-        *t = static_cast<std::uint8_t>(c);
+    std::size_t left = static_cast<std::size_t>(e - s);
+    // Blocks of eight units: while they hold only units below U+0800, as
+    // most of European text does, no unit is asked how long it is; a block
+    // with a longer one is converted up to it.
+    while (left >= kPerBlock) {
+      std::uint64_t words[kWords];
+      std::memcpy(words, s, sizeof words);
+      std::uint64_t all = 0;
+      for (std::size_t k = 0; k < kWords; ++k) all |= words[k];
+      if ((all & kWideBits<Unit>) == 0) {
+        if ((all & kNonAsciiBits<Unit>) == 0) {
+          for (std::size_t k = 0; k < kPerBlock; ++k) t[k] = static_cast<std::uint8_t>(s[k]);
+          t += kPerBlock;
+        } else {
+          t = EncodeBelow800(s, kPerBlock, t);
+        }
+        s += kPerBlock;
+        left -= kPerBlock;
+        continue;
       }
+      std::size_t k = 0;
+      while ((words[k] & kWideBits<Unit>) == 0) ++k;
+      const std::size_t n =
+          k * kPerWord + static_cast<std::size_t>(__builtin_ctzll(words[k] & kWideBits<Unit>)) / kBitsPerUnit;
+      t = EncodeBelow800(s, n, t);
       s += n;
-      t += n;
-      if (s == e) break;
-      c = Value(*s);
-      if (c < 0x80) continue;
+      break;
     }
+    if (s == e) break;
+    std::uint32_t c = Value(*s);
     if (c < 0x800) {
-      const std::uint16_t pair = static_cast<std::uint16_t>((0xC0 | (c >> 6)) | ((0x80 | (c & 0x3F)) << 8));
-      std::memcpy(t, &pair, 2);
-      t += 2;
+      t = EncodeBelow800(s, 1, t);
       ++s;
       continue;
     }

@@ -1,4 +1,5 @@
 #include <cstdint>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -379,6 +380,88 @@ TEST(FXUTF, PiecewiseConversionAddsUpToTheWhole) {
     }
     EXPECT_EQ(bytes, back);
   }
+}
+
+CZuError ToUtf8(const UTF16** s, const UTF16* e, UTF8** t, UTF8* te, FXUTF::ConversionFlags flags) {
+  return FXUTF::ConvertUTF16ToUTF8(s, e, t, te, flags);
+}
+CZuError ToUtf8(const UTF32** s, const UTF32* e, UTF8** t, UTF8* te, FXUTF::ConversionFlags flags) {
+  return FXUTF::ConvertUTF32ToUTF8(s, e, t, te, flags);
+}
+
+// Runs of ASCII and characters of every length, with unpaired surrogates
+// and (in UTF-32) values above U+10FFFF among them; never a NUL.
+template <class Unit>
+std::vector<Unit> RandomText(std::mt19937& random) {
+  const auto in = [&random](std::uint32_t low, std::uint32_t high) {
+    return std::uniform_int_distribution<std::uint32_t>(low, high)(random);
+  };
+  std::vector<Unit> units;
+  const std::uint32_t pieces = in(1, 24);
+  for (std::uint32_t i = 0; i < pieces; ++i) {
+    switch (in(0, 6)) {
+      case 0: units.insert(units.end(), in(1, 20), static_cast<Unit>(in(1, 0x7F))); break;
+      case 1: units.push_back(static_cast<Unit>(in(0x80, 0x7FF))); break;
+      case 2: units.push_back(static_cast<Unit>(in(0x800, 0xD7FF))); break;
+      case 3: units.push_back(static_cast<Unit>(in(0xE000, 0xFFFF))); break;
+      case 4: units.push_back(static_cast<Unit>(in(0xD800, 0xDFFF))); break;
+      case 5:
+        if (sizeof(Unit) == 4) {
+          units.push_back(static_cast<Unit>(in(0x10000, 0x10FFFF)));
+        } else {
+          units.push_back(static_cast<Unit>(in(0xD800, 0xDBFF)));
+          units.push_back(static_cast<Unit>(in(0xDC00, 0xDFFF)));
+        }
+        break;
+      default: units.push_back(static_cast<Unit>(sizeof(Unit) == 4 ? in(0x110000, 0xFFFFFFFF) : in(0xDC00, 0xDFFF)));
+    }
+  }
+  return units;
+}
+
+// The fast path reads blocks of units; random text puts every kind of
+// character and fault at every place in them. A target of four bytes
+// leaves it one unit at a time, so the whole conversion must match one
+// taken piece by piece: output, cursors and error.
+template <class Unit>
+void ExpectBlocksMatchPieces() {
+  std::mt19937 random(20261123);
+  for (int round = 0; round < 2000; ++round) {
+    const std::vector<Unit> text = RandomText<Unit>(random);
+    const Unit* const end = text.data() + text.size();
+    for (const FXUTF::ConversionFlags flags : {FXUTF::strictConversion, FXUTF::lenientConversion}) {
+      std::vector<UTF8> whole(text.size() * 4);
+      const Unit* s = text.data();
+      UTF8* t = whole.data();
+      const CZuError r = ToUtf8(&s, end, &t, whole.data() + whole.size(), flags);
+      whole.resize(static_cast<std::size_t>(t - whole.data()));
+
+      std::vector<UTF8> pieces;
+      const Unit* p = text.data();
+      CZuError last = CZuError::Success();
+      while (p < end) {
+        UTF8 buffer[4];
+        UTF8* b = buffer;
+        last = ToUtf8(&p, end, &b, buffer + 4, flags);
+        pieces.insert(pieces.end(), buffer, b);
+        if (last.IsError() && Win32Code(last) != ERROR_BUFFER_OVERFLOW) break;
+      }
+      ASSERT_EQ(pieces, whole) << "round " << round << ", flags " << flags;
+      ASSERT_EQ(p, s) << "round " << round;
+      ASSERT_EQ(Win32Code(last), Win32Code(r)) << "round " << round;
+      // Lenient FXUTF still stops at a high surrogate that ends the text,
+      // which ToString replaces.
+      if (flags == FXUTF::lenientConversion && !r.IsError() && sizeof(Unit) == sizeof(wchar_t)) {
+        const std::wstring wide(text.begin(), text.end());
+        ASSERT_EQ(std::string(whole.begin(), whole.end()), FXString::ToString(wide)) << "round " << round;
+      }
+    }
+  }
+}
+
+TEST(FXUTF, BlocksMatchOneCharacterAtATime) {
+  ExpectBlocksMatchPieces<UTF16>();
+  ExpectBlocksMatchPieces<UTF32>();
 }
 
 TEST(FXUTF, IsLegalUTF8NamesTheFault) {
