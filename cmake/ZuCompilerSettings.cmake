@@ -12,6 +12,12 @@ if(ZUUTILS_SANITIZE AND NOT WIN32)
   add_link_options(-fsanitize=${ZUUTILS_SANITIZE})
 endif()
 
+# Fuzzing instruments the library and its targets for coverage; only the
+# targets link libFuzzer's main (fuzz/).
+if(ZUUTILS_BUILD_FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
 if(WIN32 AND CMAKE_CROSSCOMPILING)
   # The mingw runtime DLLs go next to the programs so that a bare wine prefix
   # runs them; nothing has to be installed into the prefix.
