@@ -37,3 +37,7 @@
 
 #include "threads/AlertableEventThread.h"
 #include "threads/Event.h"
+#include "threads/RunnableTask.h"
+#include "threads/SendEventInterface.h"
+#include "threads/SequentialTasks.h"
+#include "threads/TaskThread.h"

@@ -35,9 +35,26 @@ class ZUUTILS_API CChildProcess {
   // reach the child exactly as given (quoted for Windows as its C runtime
   // splits command lines). The child inherits the environment.
   CZuError Start(const std::string& program, const std::vector<std::string>& arguments);
+  // Starts a whole command line, program first, as CreateProcessW takes it
+  // (the program is searched as Windows searches it, on POSIX along PATH).
+  // On POSIX the line is split at blanks by FXString::SplitArguments, so a
+  // double-quoted token keeps its blanks, and its enclosing quotes are
+  // removed; there are no escapes. A user token (Windows: a primary token
+  // for CreateProcessAsUserW) may be null; POSIX has none to take and fails
+  // a non-null one with ERROR_NOT_SUPPORTED.
+  CZuError StartCommandLine(const std::wstring& commandLine, void* userToken);
   // Waits for the child to end. A child killed by a signal reports 128 plus
   // the signal number, as shells do.
   CZuError Wait(int& exitCode);
+  // As Wait for at most `milliseconds` (INFINITE: no limit); false, with the
+  // child still running, when the time passed first.
+  bool WaitFor(unsigned long milliseconds, int& exitCode, CZuError& result);
+  // Lets the child run on unobserved: the object forgets it (POSIX collects
+  // it in the background, so that it leaves no zombie).
+  void Detach();
+  // The process handle on Windows, the process id cast to a pointer on
+  // POSIX; null when no child is held.
+  void* NativeHandle() const;
   // Kills the child at once (TerminateProcess, SIGKILL); Wait collects it.
   CZuError Kill();
   bool IsStarted() const;

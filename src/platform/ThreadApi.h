@@ -6,7 +6,10 @@
 // queue of calls, and every alertable wait or sleep of the library
 // (FXEvent::WaitAlertable, the waits of CAlertableEventThread) first runs
 // whatever is queued and then returns WAIT_IO_COMPLETION (192), as Windows
-// does. Calls still queued when their thread ends are dropped, as on Windows.
+// does. As on Windows, a wait whose object is already set returns 0 and
+// leaves the calls for the next wait; calls queued to a thread before it
+// ran run as it starts; calls still queued when their thread ends are
+// dropped.
 //
 // Not part of ZuUtils.h: on Windows this header brings in <windows.h>.
 #pragma once

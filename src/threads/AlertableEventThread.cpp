@@ -84,6 +84,8 @@ CAlertableEventThread& CAlertableEventThread::operator=(const CAlertableEventThr
 CAlertableEventThread::~CAlertableEventThread() {
   m_destroying.store(true);
   Stop(true);
+  // Also a worker that ended on its own may still be in OnThreadExit.
+  WaitForThreadEnd();
   std::lock_guard<std::mutex> guard(m_handleLock);
   if (m_hThread != nullptr && m_hThread != INVALID_HANDLE_VALUE) FXPlatform::CloseObject(m_hThread);
   m_hThread = nullptr;
@@ -113,26 +115,28 @@ void CAlertableEventThread::StartSynchronously() {
 void CAlertableEventThread::Stop(bool wait) {
   if (m_threadId.load() == 0) return;
   if (!m_event || !m_event->IsValid()) return;
+  // While a Stop(true) waits, Start does nothing: an OnThreadExit that
+  // starts the next worker would otherwise keep it waiting for ever.
+  struct TWaiting {
+    TWaiting(std::atomic<int>& count, bool on) : m_count(on ? &count : nullptr) {
+      if (m_count != nullptr) ++*m_count;
+    }
+    ~TWaiting() {
+      if (m_count != nullptr) --*m_count;
+    }
+    std::atomic<int>* m_count;
+  } waiting(m_stopWaiters, wait);
   m_running.store(false);
   m_event->Set();
   if (!wait || m_threadId.load() == 0) return;
 
-  // While this waits, Start does nothing: an OnThreadExit that starts the
-  // next worker would otherwise keep the wait going for ever. A worker that
-  // slipped in before is asked to stop as well.
-  struct TWaiting {
-    explicit TWaiting(std::atomic<int>& count) : m_count(count) { ++m_count; }
-    ~TWaiting() { --m_count; }
-    std::atomic<int>& m_count;
-  } waiting(m_stopWaiters);
   DWORD stopping = m_threadId.load();
-
   int misses = 0;
   DWORD exitCode = 0;
   for (;;) {
     const DWORD id = m_threadId.load();
-    if (id == 0) return;
-    if (id != stopping) {
+    if (id == 0) break;
+    if (id != stopping) {  // a worker that a restart slipped in before us
       stopping = id;
       m_running.store(false);
       m_event->Set();
@@ -148,7 +152,7 @@ void CAlertableEventThread::Stop(bool wait) {
     if (waited != WAIT_TIMEOUT && m_threadId.load() != 0) FXPlatform::SleepAlertable(kStopPollMilliseconds);
     const bool read = thread != nullptr && FXPlatform::GetThreadExitCode(thread, exitCode);
     if (thread != nullptr) FXPlatform::CloseObject(thread);
-    if (m_threadId.load() == 0) return;
+    if (m_threadId.load() == 0) break;
     if (!read || exitCode != STILL_ACTIVE) ++misses;
     if (misses >= kStopMissLimit) {
       ZU_THREAD_LOG("CAlertableEventThread::Stop",
@@ -158,6 +162,17 @@ void CAlertableEventThread::Stop(bool wait) {
       return;
     }
   }
+  WaitForThreadEnd();
+}
+
+void CAlertableEventThread::WaitForThreadEnd() {
+  HANDLE thread = DuplicateThreadHandle();
+  if (thread == nullptr) return;
+  if (!FXPlatform::IsCurrentThread(thread)) {
+    while (FXPlatform::WaitAlertable(thread, INFINITE) == WAIT_IO_COMPLETION) {
+    }
+  }
+  FXPlatform::CloseObject(thread);
 }
 
 CZuError CAlertableEventThread::WaitForStop(CTimeInterval timeout) {

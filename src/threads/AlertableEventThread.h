@@ -48,7 +48,8 @@ class ZUUTILS_API CAlertableEventThread {
   CAlertableEventThread(const CAlertableEventThread& other);
   CAlertableEventThread& operator=(const CAlertableEventThread& other);
 
-  // Stop(true), then closes the thread handle.
+  // Stop(true), waits until the worker has left (also one that ended on its
+  // own and is still in OnThreadExit), then closes the thread handle.
   virtual ~CAlertableEventThread();
   // A new thread running Run(), unless one is held (thread id nonzero), a
   // Stop(true) is waiting or the object is being destroyed. A failure to create the thread is not
@@ -60,10 +61,12 @@ class ZUUTILS_API CAlertableEventThread {
   // Clears the running flag and sets the event. With `wait`, polls until the
   // worker has cleared its id: each poll lasts 100 ms unless the worker ends
   // sooner, and five polls that find the thread gone without having cleared
-  // its id give up (logged). While it waits, Start does nothing, so that an
-  // OnThreadExit that restarts the thread cannot keep it waiting. Called on
-  // the worker itself (from a hook), Stop does not wait: the thread cannot
-  // see its own end.
+  // its id give up (logged). Then it waits for the worker to leave, its
+  // OnThreadExit included, as joining a thread does: an OnThreadExit must
+  // not wait for the thread that calls Stop(true). While it waits, Start
+  // does nothing, so that an OnThreadExit that restarts the thread cannot
+  // keep it waiting. Called on the worker itself (from a hook), Stop does
+  // not wait: the thread cannot see its own end.
   virtual void Stop(bool wait);
   // Alertable wait for the thread's end; 0 waits without limit. Any result
   // but 0 is returned as a Win32 error with the wait's result as code (258
@@ -122,6 +125,8 @@ class ZUUTILS_API CAlertableEventThread {
  private:
   // A handle of our own on the current thread, for waiting without the lock.
   HANDLE DuplicateThreadHandle() const;
+  // Until the thread of the handle has ended; not on the worker itself.
+  void WaitForThreadEnd();
 
   boost::shared_ptr<CAlertableEventThreadCallback> m_callback;
   boost::shared_ptr<FXEvent> m_event;

@@ -268,6 +268,8 @@ TEST(AlertableEventThread, ThrowingHooksNeverKillTheThread) {
     probe.throwIn = c.hook;
     if (c.hook == kOnTimeout) probe.SetTimeout(CTimeInterval::FromMilliseconds(5));
     probe.Start();
+    // Calls queued before the thread ran would run at its start, not in a wait.
+    ASSERT_TRUE(WaitUntil([&] { return probe.starts == 1; }));
     if (c.loopEnds) {
       ASSERT_TRUE(WaitUntil([&] { return exit->calls == 1; }));
       EXPECT_EQ(probe.runs, 0 + (c.hook == kOnRun ? 1 : 0));

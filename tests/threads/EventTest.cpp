@@ -63,14 +63,18 @@ TEST(Event, SetFromAnotherThreadWakesTheWait) {
 
 TEST(QueuedCalls, RunInsideTheNextAlertableWaitInOrder) {
   g_ran.clear();
-  FXEvent event(FXEvent::kInitiallySet);
+  FXEvent event;
   ASSERT_NE(QueueUserAPC(&Record, GetCurrentThread(), 1), 0u);
   ASSERT_NE(QueueUserAPC(&Record, GetCurrentThread(), 2), 0u);
   EXPECT_TRUE(g_ran.empty());
-  // Queued calls come before a set event, and all of them in one wait.
-  EXPECT_EQ(event.WaitAlertable(INFINITE), WAIT_IO_COMPLETION);
-  EXPECT_EQ(g_ran, (std::vector<int>{1, 2}));
+  // An event that is set wins; the calls wait for the next wait.
+  event.Set();
   EXPECT_EQ(event.WaitAlertable(INFINITE), WAIT_OBJECT_0);
+  EXPECT_TRUE(g_ran.empty());
+  for (int wait = 0; wait < 2 && g_ran.size() < 2; ++wait)
+    EXPECT_EQ(event.WaitAlertable(INFINITE), WAIT_IO_COMPLETION);
+  EXPECT_EQ(g_ran, (std::vector<int>{1, 2}));
+  EXPECT_EQ(event.WaitAlertable(DWORD{0}), WAIT_TIMEOUT);
 }
 
 }  // namespace

@@ -7,13 +7,15 @@
 #include <thread>
 
 #include "logging/ZuLogger.h"
+#include "platform/Process.h"
 #include "platform/ZuTypes.h"
 
 namespace ZuThreadTest {
 
 namespace {
 
-const char kApp[] = "zu_threads_tests";
+// One module name per test program run: programs run side by side.
+std::string AppName() { return "zu_threads_tests_" + std::to_string(FXPlatform::CurrentProcessId()); }
 
 std::mutex g_lock;
 std::vector<std::string> g_lines;
@@ -27,16 +29,16 @@ bool Capture(CZuLogger*, int, const char* text) {
 class CLogEnvironment : public ::testing::Environment {
  public:
   void SetUp() override {
-    m_folder = std::filesystem::temp_directory_path() / "zu_threads_tests_log";
+    m_folder = std::filesystem::temp_directory_path() / (AppName() + "_log");
     std::filesystem::create_directories(m_folder);
     CZuLogger::SetLogMessageHook(&Capture);
-    ASSERT_FALSE(CZuLogger::GetGlobalInstance().Initialize(kApp, m_folder.string() + "/", 2).IsError());
+    ASSERT_FALSE(CZuLogger::GetGlobalInstance().Initialize(AppName(), m_folder.string() + "/", 2).IsError());
   }
   void TearDown() override {
     std::error_code ignored;
     std::filesystem::remove_all(m_folder, ignored);
     // The logger's machine-wide lock is a file on Linux.
-    if (!kZuIsWindows) std::filesystem::remove(std::string("/dev/shm/ZuLogger_") + kApp, ignored);
+    if (!kZuIsWindows) std::filesystem::remove("/dev/shm/ZuLogger_" + AppName(), ignored);
   }
 
  private:

@@ -239,6 +239,9 @@ void* ThreadMain(void* argument) {
   self->started.store(1);
   FutexWake(self->started);
   while (self->resumed.load() == 0) FutexWait(self->resumed, 0, nullptr);
+  // Calls queued before the thread ran run as it starts, as Windows runs
+  // them before the thread's entry: they end no wait.
+  self->RunQueuedCalls();
   self->End(self->entry(self->context));
   t_current.self = nullptr;
   self->Release();
@@ -307,10 +310,8 @@ DWORD WaitAlertable(HANDLE handle, DWORD milliseconds) {
   DWORD result = WAIT_TIMEOUT;
   for (;;) {
     self.wake.store(0);
-    if (self.RunQueuedCalls()) {
-      result = WAIT_IO_COMPLETION;
-      break;
-    }
+    // As on Windows, an object that is set wins over queued calls, which
+    // then wait for the next alertable wait.
     {
       std::lock_guard<std::mutex> guard(object->lock);
       if (object->signaled) {
@@ -318,6 +319,14 @@ DWORD WaitAlertable(HANDLE handle, DWORD milliseconds) {
         result = WAIT_OBJECT_0;
         break;
       }
+    }
+    if (self.RunQueuedCalls()) {
+      result = WAIT_IO_COMPLETION;
+      break;
+    }
+    {
+      std::lock_guard<std::mutex> guard(object->lock);
+      if (object->signaled) continue;
       if (deadline.Passed()) break;
       Link(*object, self);
     }

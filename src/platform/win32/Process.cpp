@@ -98,6 +98,58 @@ CZuError CChildProcess::Start(const std::string& program, const std::vector<std:
   return CZuError::Success();
 }
 
+CZuError CChildProcess::StartCommandLine(const std::wstring& commandLine, void* userToken) {
+  const FXCodeLocation here = ZU_HERE("CChildProcess::StartCommandLine");
+  const std::string text = Narrow(commandLine);
+  if (m_handle != nullptr) return FXErrorUtil::ErrorWin32(here, ERROR_ALREADY_ASSIGNED, "%s", text.c_str());
+  if (commandLine.find_first_not_of(L" \t") == std::wstring::npos)
+    return FXErrorUtil::ErrorWin32(here, ERROR_INVALID_PARAMETER, "Empty command line");
+  std::wstring line = commandLine;  // CreateProcessW may write into it
+  STARTUPINFOW startup = {};
+  startup.cb = sizeof startup;
+  PROCESS_INFORMATION process = {};
+  const BOOL started =
+      userToken != nullptr
+          ? ::CreateProcessAsUserW(AsHandle(userToken), nullptr, &line[0], nullptr, nullptr, FALSE, 0, nullptr,
+                                   nullptr, &startup, &process)
+          : ::CreateProcessW(nullptr, &line[0], nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process);
+  if (!started) return ErrorFromSystem(here, LastSystemError()).Push(here, "%s", text.c_str());
+  ::CloseHandle(process.hThread);
+  m_handle = process.hProcess;
+  m_pid = process.dwProcessId;
+  return CZuError::Success();
+}
+
+bool CChildProcess::WaitFor(unsigned long milliseconds, int& exitCode, CZuError& result) {
+  const FXCodeLocation here = ZU_HERE("CChildProcess::WaitFor");
+  if (m_handle == nullptr) {
+    result = FXErrorUtil::ErrorWin32(here, ERROR_INVALID_HANDLE);
+    return true;
+  }
+  const DWORD waited = ::WaitForSingleObject(AsHandle(m_handle), milliseconds);
+  if (waited == WAIT_TIMEOUT) return false;
+  DWORD code = 0;
+  if (waited != WAIT_OBJECT_0 || !::GetExitCodeProcess(AsHandle(m_handle), &code)) {
+    result = ErrorFromSystem(here, LastSystemError());
+    return true;
+  }
+  ::CloseHandle(AsHandle(m_handle));
+  m_handle = nullptr;
+  m_pid = -1;
+  exitCode = static_cast<int>(code);
+  result = CZuError::Success();
+  return true;
+}
+
+void CChildProcess::Detach() {
+  if (m_handle == nullptr) return;
+  ::CloseHandle(AsHandle(m_handle));
+  m_handle = nullptr;
+  m_pid = -1;
+}
+
+void* CChildProcess::NativeHandle() const { return m_handle; }
+
 CZuError CChildProcess::Wait(int& exitCode) {
   const FXCodeLocation here = ZU_HERE("CChildProcess::Wait");
   if (m_handle == nullptr) return FXErrorUtil::ErrorWin32(here, ERROR_INVALID_HANDLE);
