@@ -128,8 +128,11 @@ struct TThread : TObject {
   }
 
   std::atomic<std::uint32_t> wake{0};
+  // The waiter list of the object the thread waits on; `linked` lets a
+  // waiter that was taken off by Signal skip the object's lock.
   TThread* next = nullptr;
   TThread* prev = nullptr;
+  std::atomic<bool> linked{false};
 
   std::mutex callLock;
   std::deque<TCall> calls;
@@ -144,10 +147,33 @@ struct TThread : TObject {
   void* context = nullptr;
 };
 
+void Unlink(TObject& object, TThread& self);
+
 void TObject::Signal() {
-  std::lock_guard<std::mutex> guard(lock);
-  signaled = true;
-  for (TThread* waiter = waiters; waiter != nullptr; waiter = waiter->next) waiter->Wake();
+  // The waiters are taken off the list and woken after the lock is
+  // released: a waiter woken under the lock would at once block on it. A
+  // reference keeps each one alive until its wake-up is delivered.
+  constexpr int kBatch = 16;
+  TThread* woken[kBatch];
+  int count = 0;
+  {
+    std::lock_guard<std::mutex> guard(lock);
+    signaled = true;
+    while (waiters != nullptr) {
+      TThread* waiter = waiters;
+      Unlink(*this, *waiter);
+      if (count == kBatch) {
+        waiter->Wake();  // a crowd beyond the batch is woken in place
+        continue;
+      }
+      waiter->AddRef();
+      woken[count++] = waiter;
+    }
+  }
+  for (int i = 0; i < count; ++i) {
+    woken[i]->Wake();
+    woken[i]->Release();
+  }
 }
 
 // The calling thread's record: the one it was started with, or one made on
@@ -220,6 +246,7 @@ void Link(TObject& object, TThread& self) {
   self.next = object.waiters;
   if (object.waiters != nullptr) object.waiters->prev = &self;
   object.waiters = &self;
+  self.linked.store(true, std::memory_order_relaxed);
 }
 
 void Unlink(TObject& object, TThread& self) {
@@ -230,6 +257,7 @@ void Unlink(TObject& object, TThread& self) {
   }
   if (self.next != nullptr) self.next->prev = self.prev;
   self.next = self.prev = nullptr;
+  self.linked.store(false, std::memory_order_release);
 }
 
 void* ThreadMain(void* argument) {
@@ -332,8 +360,10 @@ DWORD WaitAlertable(HANDLE handle, DWORD milliseconds) {
     }
     timespec left;
     FutexWait(self.wake, 0, deadline.Left(left));
-    std::lock_guard<std::mutex> guard(object->lock);
-    Unlink(*object, self);
+    if (self.linked.load(std::memory_order_acquire)) {
+      std::lock_guard<std::mutex> guard(object->lock);
+      if (self.linked.load(std::memory_order_relaxed)) Unlink(*object, self);
+    }
   }
   object->Release();
   return result;
