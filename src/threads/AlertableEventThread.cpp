@@ -157,7 +157,7 @@ void CAlertableEventThread::Stop(bool wait) {
     if (misses >= kStopMissLimit) {
       ZU_THREAD_LOG("CAlertableEventThread::Stop",
                     "Thread no longer exists but did not terminate normally, ThreadId=%u, Handle=0x%p, ExitCode=%u",
-                    static_cast<unsigned>(m_threadId.load()), thread, static_cast<unsigned>(exitCode));
+                    static_cast<unsigned>(m_threadId.load()), GetThreadHandle(), static_cast<unsigned>(exitCode));
       m_threadId.store(0);
       return;
     }

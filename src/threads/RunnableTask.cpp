@@ -74,8 +74,8 @@ bool CRunnableTask::Pause(long long milliseconds, double progressSpan) {
   for (;;) {
     const long long slept = std::min<long long>(MillisecondsSince(start), milliseconds);
     if (progressSpan != 0.0 && slept > credited) {
-      SetTaskProgress(GetTaskProgress() + progressSpan * static_cast<double>(slept - credited) /
-                                              static_cast<double>(milliseconds));
+      SetTaskProgress(GetTaskProgress() +
+                      progressSpan * static_cast<double>(slept - credited) / static_cast<double>(milliseconds));
       credited = slept;
     }
     if (slept >= milliseconds) return false;
@@ -88,8 +88,7 @@ void CRunnableTask::DisableFeedbackAutoClose() {
   if (CTaskFeedbackConnector* connector = GetFeedbackConnector()) connector->OnDisableAutoClose();
 }
 
-CZuError CRunnableTask::RunProcess(void* userToken, const std::wstring& commandLine, bool wait,
-                                   CTimeInterval timeout) {
+CZuError CRunnableTask::RunProcess(void* userToken, const std::wstring& commandLine, bool wait, CTimeInterval timeout) {
   const FXCodeLocation here = ZU_HERE("CRunnableTask::RunProcess");
   const std::string text = FXString::ToString(commandLine);
   if (IsCanceled())
@@ -122,15 +121,13 @@ CZuError CRunnableTask::RunProcess(void* userToken, const std::wstring& commandL
       child.Kill();
       child.Wait(ignored);
       if (canceled)
-        return FXErrorUtil::ErrorWin32(here, ERROR_OPERATION_ABORTED, "\"%s\" ended on a cancel request",
-                                       text.c_str());
+        return FXErrorUtil::ErrorWin32(here, ERROR_OPERATION_ABORTED, "\"%s\" ended on a cancel request", text.c_str());
       return FXErrorUtil::ErrorWin32(here, WAIT_TIMEOUT, "\"%s\" did not end within %s", text.c_str(),
                                      timeout.AsString().c_str());
     }
   }
 }
 
-CZuError CRunnableTask::RunProcess(void* userToken, const std::string& commandLine, bool wait,
-                                   CTimeInterval timeout) {
+CZuError CRunnableTask::RunProcess(void* userToken, const std::string& commandLine, bool wait, CTimeInterval timeout) {
   return RunProcess(userToken, FXString::ToWstring(commandLine), wait, timeout);
 }

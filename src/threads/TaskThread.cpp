@@ -17,14 +17,24 @@ void CTaskThread::OnStart() {
 }
 
 void CTaskThread::OnRun() {
-  CZuError result = m_task ? m_task->Run(m_connector)
-                           : FXErrorUtil::ErrorWin32(ZU_HERE("CTaskThread::OnRun"), ERROR_INVALID_PARAMETER,
-                                                     "No task to run");
-  {
-    std::lock_guard<std::mutex> guard(m_resultLock);
-    m_runResult = result;
+  const FXCodeLocation here = ZU_HERE("CTaskThread::OnRun");
+  CZuError result = CZuError::Success();
+  try {
+    result =
+        m_task ? m_task->Run(m_connector) : FXErrorUtil::ErrorWin32(here, ERROR_INVALID_PARAMETER, "No task to run");
+  } catch (...) {
+    // The run loop logs it and sets the status; the result says so too.
+    SetRunResult(FXErrorUtil::ErrorWin32(here, ERROR_EXCEPTION_IN_SERVICE, "The task threw an exception"));
+    InternalStop();
+    throw;
   }
+  SetRunResult(result);
   InternalStop();
+}
+
+void CTaskThread::SetRunResult(const CZuError& result) {
+  std::lock_guard<std::mutex> guard(m_resultLock);
+  m_runResult = result;
 }
 
 void CTaskThread::OnStop() {

@@ -25,7 +25,7 @@ class ZUUTILS_API CTaskThread : public CAlertableEventThread {
   CTaskThread& operator=(const CTaskThread&) = delete;
 
   // The task's result once it ran: success before; Win32 87 when there was
-  // no task to run.
+  // no task to run, 1064 when the task threw (the thread's status too).
   CZuError GetRunResult() const;
   boost::shared_ptr<CRunnableTask> GetTask() const { return m_task; }
 
@@ -36,6 +36,8 @@ class ZUUTILS_API CTaskThread : public CAlertableEventThread {
   void OnStop() override;
 
  private:
+  void SetRunResult(const CZuError& result);
+
   boost::shared_ptr<CRunnableTask> m_task;
   CTaskFeedbackConnector* m_connector;
   mutable std::mutex m_resultLock;

@@ -278,7 +278,8 @@ TEST(AlertableEventThread, ThrowingHooksNeverKillTheThread) {
       for (int pass = 1; pass <= 2; ++pass) {
         if (c.hook == kOnEvent) probe.SetEvent();
         if (c.hook == kOnCompletion) QueueUserAPC([](ULONG_PTR) {}, probe.GetThreadHandle(), 0);
-        ASSERT_TRUE(WaitUntil([&] { return probe.events + probe.completions + probe.timeouts >= pass || c.hook == kOnStop; }));
+        ASSERT_TRUE(
+            WaitUntil([&] { return probe.events + probe.completions + probe.timeouts >= pass || c.hook == kOnStop; }));
       }
       EXPECT_TRUE(probe.IsRunning());
       probe.Stop(true);

@@ -71,8 +71,7 @@ TEST(QueuedCalls, RunInsideTheNextAlertableWaitInOrder) {
   event.Set();
   EXPECT_EQ(event.WaitAlertable(INFINITE), WAIT_OBJECT_0);
   EXPECT_TRUE(g_ran.empty());
-  for (int wait = 0; wait < 2 && g_ran.size() < 2; ++wait)
-    EXPECT_EQ(event.WaitAlertable(INFINITE), WAIT_IO_COMPLETION);
+  for (int wait = 0; wait < 2 && g_ran.size() < 2; ++wait) EXPECT_EQ(event.WaitAlertable(INFINITE), WAIT_IO_COMPLETION);
   EXPECT_EQ(g_ran, (std::vector<int>{1, 2}));
   EXPECT_EQ(event.WaitAlertable(DWORD{0}), WAIT_TIMEOUT);
 }

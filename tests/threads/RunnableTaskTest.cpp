@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <stdexcept>
 #include <thread>
 
 #include <boost/make_shared.hpp>
@@ -119,12 +120,27 @@ TEST(TaskThread, RunsTheTaskOnceAndReportsCompletion) {
   EXPECT_EQ(connector.completed, 1);
   EXPECT_EQ(FXErrorUtil::GetWin32(thread.GetRunResult()), static_cast<DWORD>(ERROR_ACCESS_DENIED));
 
-  CRecordingConnector none;
-  CTaskThread empty(boost::shared_ptr<CRunnableTask>(), &none);
-  empty.Start();
-  ASSERT_TRUE(WaitUntil([&] { return none.completed != 0; }));
-  empty.Stop(true);
-  EXPECT_EQ(FXErrorUtil::GetWin32(empty.GetRunResult()), static_cast<DWORD>(ERROR_INVALID_PARAMETER));
+  // No task, and a task that throws.
+  struct TCase {
+    boost::shared_ptr<CRunnableTask> task;
+    DWORD result;
+    DWORD status;
+  };
+  const TCase cases[] = {
+      {boost::shared_ptr<CRunnableTask>(), ERROR_INVALID_PARAMETER, 0},
+      {boost::make_shared<CScriptTask>([](CScriptTask&) -> CZuError { throw std::runtime_error("task"); }),
+       ERROR_EXCEPTION_IN_SERVICE, ERROR_EXCEPTION_IN_SERVICE},
+  };
+  for (const TCase& c : cases) {
+    CRecordingConnector recorder;
+    CTaskThread other(c.task, &recorder);
+    other.Start();
+    ASSERT_TRUE(WaitUntil([&] { return recorder.completed != 0; }));
+    other.Stop(true);
+    EXPECT_EQ(recorder.completed, 1);
+    EXPECT_EQ(FXErrorUtil::GetWin32(other.GetRunResult()), c.result);
+    EXPECT_EQ(other.GetStatus(), c.status);
+  }
 }
 
 TEST(TaskThread, ACanceledTaskCompletesWith2) {
@@ -199,9 +215,8 @@ TEST_F(RunProcess, WaitingIsOptionalBoundedAndCancelable) {
   EXPECT_LT(MillisecondsSince(start), 5000);
 
   // With a connector: told of the process, and a cancel ends the child.
-  CScriptTask task([](CScriptTask& self) {
-    return self.RunProcess(nullptr, Child() + " 0 30000", true, CTimeInterval());
-  });
+  CScriptTask task(
+      [](CScriptTask& self) { return self.RunProcess(nullptr, Child() + " 0 30000", true, CTimeInterval()); });
   std::thread canceler([&] {
     WaitUntil([&] { return m_connector.processSeen.load(); });
     task.OnCancelRequest();

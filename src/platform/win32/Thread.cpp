@@ -36,8 +36,7 @@ bool CloseObject(HANDLE object) { return ::CloseHandle(object) != FALSE; }
 
 HANDLE DuplicateObject(HANDLE object) {
   HANDLE copy = nullptr;
-  if (!::DuplicateHandle(::GetCurrentProcess(), object, ::GetCurrentProcess(), &copy, 0, FALSE,
-                         DUPLICATE_SAME_ACCESS))
+  if (!::DuplicateHandle(::GetCurrentProcess(), object, ::GetCurrentProcess(), &copy, 0, FALSE, DUPLICATE_SAME_ACCESS))
     return nullptr;
   return copy;
 }
