@@ -239,6 +239,8 @@ TEST(AlertableEventThread, WaitForStopTimesOutOnARunningWorker) {
   EXPECT_TRUE(result.IsError());
   EXPECT_EQ(Win32Code(result), static_cast<DWORD>(WAIT_TIMEOUT));
   EXPECT_NE(result.AsString().find("CAlertableEventThread::WaitForStop"), std::string::npos);
+  // One unit is 0 ms: a look without waiting.
+  EXPECT_EQ(Win32Code(probe.WaitForStop(CTimeInterval::From100NS(1))), static_cast<DWORD>(WAIT_TIMEOUT));
   probe.Stop(false);
   EXPECT_FALSE(probe.WaitForStop(CTimeInterval()).IsError());
 }
