@@ -334,29 +334,36 @@ DWORD WaitAlertable(HANDLE handle, DWORD milliseconds) {
   if (object == nullptr) return WAIT_FAILED;
   TThread& self = *t_current.Get();
   const CDeadline deadline(milliseconds);
-  object->AddRef();
+  // Held for the wait, also when a queued call throws out of it.
+  struct THold {
+    explicit THold(TObject* held) : object(held) { object->AddRef(); }
+    ~THold() { object->Release(); }
+    TObject* object;
+  } hold(object);
   DWORD result = WAIT_TIMEOUT;
   for (;;) {
     self.wake.store(0);
-    // As on Windows, an object that is set wins over queued calls, which
-    // then wait for the next alertable wait.
+    bool sleep = false;
     {
+      // As on Windows, an object that is set wins over queued calls, which
+      // then wait for the next alertable wait.
       std::lock_guard<std::mutex> guard(object->lock);
       if (object->signaled) {
         if (!object->manualReset) object->signaled = false;
         result = WAIT_OBJECT_0;
         break;
       }
+      if (!self.callsPending.load()) {
+        if (deadline.Passed()) break;
+        Link(*object, self);
+        sleep = true;
+      }
     }
-    if (self.RunQueuedCalls()) {
+    if (!sleep) {
+      // Only this thread runs its calls: pending ones are there to run.
+      self.RunQueuedCalls();
       result = WAIT_IO_COMPLETION;
       break;
-    }
-    {
-      std::lock_guard<std::mutex> guard(object->lock);
-      if (object->signaled) continue;
-      if (deadline.Passed()) break;
-      Link(*object, self);
     }
     timespec left;
     FutexWait(self.wake, 0, deadline.Left(left));
@@ -365,7 +372,6 @@ DWORD WaitAlertable(HANDLE handle, DWORD milliseconds) {
       if (self.linked.load(std::memory_order_relaxed)) Unlink(*object, self);
     }
   }
-  object->Release();
   return result;
 }
 
