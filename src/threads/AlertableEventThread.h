@@ -41,6 +41,8 @@ class ZUUTILS_API CAlertableEventThreadCallback {
   virtual void OnThreadExit(DWORD status) = 0;
 };
 
+// The virtual functions are declared in their slot order, which is part of
+// the exported interface: hence the alternating access sections.
 class ZUUTILS_API CAlertableEventThread {
  public:
   // Shares the callback and the event, copies the rest and takes the

@@ -29,6 +29,7 @@ class ZUUTILS_API CTaskFeedbackConnector {
   virtual void SetTaskCancel(bool cancel);
 };
 
+// Virtual functions in their slot order (part of the exported interface).
 class ZUUTILS_API CRunnableTask {
  public:
   CRunnableTask();
