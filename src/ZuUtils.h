@@ -34,3 +34,5 @@
 #include "text/ZuString.h"
 
 #include "time/TimeStamp.h"
+
+#include "paths/Path.h"
