@@ -49,6 +49,8 @@ CZuError VolumeRootW(const char* function, const std::string& path, std::wstring
   if (!::GetVolumePathNameW(Widen(path).c_str(), buffer.get(), kLongest))
     return SystemFailure(function, "GetVolumePathNameW", path);
   root = buffer.get();
+  // The drive form for a drive's volume, which every later call accepts.
+  if (root.compare(0, 4, L"\\\\?\\") == 0 && root.size() >= 6 && root[5] == L':') root.erase(0, 4);
   return CZuError::Success();
 }
 
