@@ -3,6 +3,8 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -37,10 +39,42 @@ bool StartsWith(TView<Char> s, std::string_view literal, bool exact = false) {
   return true;
 }
 
+// Eight bytes with the ASCII capitals made small: per byte, bit 7 of
+// (b & 0x7F) + (0x80 - 'A') says b >= 'A', of (b & 0x7F) + (0x80 - 'Z' - 1)
+// says b > 'Z'; bytes with bit 7 set are not ASCII and stay.
+inline std::uint64_t FoldAsciiWord(std::uint64_t x) {
+  constexpr std::uint64_t kOnes = 0x0101010101010101ull, kHigh = 0x8080808080808080ull;
+  const std::uint64_t low = x & ~kHigh;
+  const std::uint64_t atLeastA = low + (0x80 - 'A') * kOnes;
+  const std::uint64_t aboveZ = low + (0x80 - 'Z' - 1) * kOnes;
+  const std::uint64_t capital = atLeastA & ~aboveZ & ~x & kHigh;
+  return x | (capital >> 2);
+}
+
+// _strnicmp / _wcsnicmp equality, eight bytes at a time: equal words are
+// passed over, unequal ones are compared folded.
 template <class Char>
 bool EqualNoCase(TView<Char> a, TView<Char> b) {
-  if (a.size() != b.size()) return false;
-  for (std::size_t i = 0; i < a.size(); ++i)
+  const std::size_t n = a.size();
+  if (n != b.size()) return false;
+  // Most paths compared are spelled alike; the C library compares those
+  // fastest.
+  if (std::memcmp(a.data(), b.data(), n * sizeof(Char)) == 0) return true;
+  constexpr std::size_t kPerWord = sizeof(std::uint64_t) / sizeof(Char);
+  std::size_t i = 0;
+  for (; i + kPerWord <= n; i += kPerWord) {
+    std::uint64_t wa, wb;
+    std::memcpy(&wa, a.data() + i, sizeof wa);
+    std::memcpy(&wb, b.data() + i, sizeof wb);
+    if (wa == wb) continue;
+    if constexpr (sizeof(Char) == 1) {
+      if (FoldAsciiWord(wa) != FoldAsciiWord(wb)) return false;
+    } else {
+      for (std::size_t k = i; k < i + kPerWord; ++k)
+        if (a[k] != b[k] && Lower(a[k]) != Lower(b[k])) return false;
+    }
+  }
+  for (; i < n; ++i)
     if (a[i] != b[i] && Lower(a[i]) != Lower(b[i])) return false;
   return true;
 }
@@ -72,24 +106,32 @@ struct TReduced {
 
 template <class Char>
 TReduced Reduce(TView<Char> p) {
+  // Tested character by character: this runs for every comparison.
+  constexpr Char kSepChar = kSep<Char>;
   TReduced r;
-  if (StartsWith(p, "\\\\?\\")) {
-    r.offset = 4;
-    if (StartsWith(p.substr(4), "UNC\\")) {
-      r.offset = 8;
-      r.unc = true;
+  const std::size_t n = p.size();
+  if (n > 0 && p[0] == kSepChar) {
+    if (n > 1 && p[1] == kSepChar) {
+      if (n > 3 && p[2] == Char('?') && p[3] == kSepChar) {
+        r.offset = 4;
+        if (n > 7 && Lower(p[4]) == Char('u') && Lower(p[5]) == Char('n') && Lower(p[6]) == Char('c') &&
+            p[7] == kSepChar) {
+          r.offset = 8;
+          r.unc = true;
+        }
+      } else {
+        r.offset = 2;
+        r.unc = true;
+      }
+    } else {
+      r.offset = 1;
+      r.relative = true;
     }
-  } else if (StartsWith(p, "\\\\")) {
-    r.offset = 2;
-    r.unc = true;
-  } else if (!p.empty() && p[0] == kSep<Char>) {
-    r.offset = 1;
-    r.relative = true;
   } else {
     r.relative = !HasDriveColon(p);
   }
-  r.length = p.size() - r.offset;
-  if (r.length > 0 && p[p.size() - 1] == kSep<Char>) --r.length;
+  r.length = n - r.offset;
+  if (r.length > 0 && p[n - 1] == kSepChar) --r.length;
   return r;
 }
 

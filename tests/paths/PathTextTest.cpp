@@ -80,6 +80,12 @@ TYPED_TEST(PathText, Sameness) {
       {"C:\\a", "C:\\ab", false},
       {"\\\\?\\Volume{x}\\", "\\\\?\\volume{X}", true},
       {"\\\\?\\UNC\\srv\\s", "\\\\?\\srv\\s", false},
+      // Long enough to be compared a word at a time: only A-Z fold.
+      {"C:\\Some Long Folder\\With Mixed Case\\File.TXT", "c:\\some long folder\\with mixed CASE\\file.txt", true},
+      {"C:\\abcdefgh\\@@@@@@@@\\x", "C:\\abcdefgh\\````````\\x", false},
+      {"C:\\abcdefgh\\[[[[[[[[\\x", "C:\\abcdefgh\\{{{{{{{{\\x", false},
+      {"C:\\abcdefgh\\\xC1\xC1\xC1\xC1\xC1\xC1\xC1\xC1", "C:\\abcdefgh\\\xE1\xE1\xE1\xE1\xE1\xE1\xE1\xE1", false},
+      {"C:\\abcdefgh\\ZZZZZZZZ\\AAAAAAAA", "C:\\abcdefgh\\zzzzzzzz\\aaaaaaaa", true},
   };
   for (const TRow& row : rows) {
     SCOPED_TRACE(std::string(row.a) + " | " + row.b);
