@@ -108,8 +108,10 @@ ZUUTILS_API bool IsAncestorOf(const std::wstring& a, const std::wstring& b, bool
 //      current folder; 11. anything else: "\\?\" + current folder, path
 //      appended.
 // Then every "/" becomes "\" and doubled backslashes after the first
-// character are collapsed; ".." is not resolved. "\\?" alone is refused
-// (ERROR_INVALID_NAME) rather than read as a share named "?".
+// character are collapsed (pairs, left to right: three become two); ".."
+// is not resolved. "\\?" alone is refused (ERROR_INVALID_NAME) rather than
+// read as a share named "?", and an empty path (ERROR_INVALID_PARAMETER)
+// rather than read as the current folder.
 // On POSIX the current folder is that of the process in the Z: form, and
 // is also the current folder of drive Z:; other drives have only their
 // root as current folder (as GetFullPathNameW reports for a drive never
