@@ -260,8 +260,8 @@ ZUUTILS_API CZuError DeregisterSyntheticMountPoint(const std::string& path);
 ZUUTILS_API CZuError DeregisterSyntheticMountPoint(const std::wstring& path);
 
 // A registered synthetic mount point, or a folder where a volume is mounted
-// other than a drive's root (POSIX: an entry of the mount table other than
-// "/"; Windows: GetVolumePathNameW gives the folder itself). Never fails.
+// other than a drive's root: one that TQGetVolumePathName gives for itself
+// (POSIX: an entry of the mount table other than "/"). Never fails.
 ZUUTILS_API bool IsPathMountPoint(const std::string& path);
 ZUUTILS_API bool IsPathMountPoint(const std::wstring& path);
 // Whether the path lies below such a mount point; the second form gives
@@ -422,13 +422,16 @@ class ZUUTILS_API CZuPath {
   // "\\.\" and "\\?\" paths kept); the path is valid when that text is its
   // own full path (so relative paths and "." or ".." components are not),
   // and, with mustExist, when it exists.
+  bool isValidPath(bool mustExist) const;
   static bool isValidPath(const char* path, bool mustExist);
   // The whole text is letters, digits, "_", ".", "/", "\", white space and
   // "-", and not empty.
+  bool checkPathSanityForCommandLine() const;
   static bool checkPathSanityForCommandLine(const char* path);
   // Windows: false with ERROR_NOT_SUPPORTED, "NFS check not supported on
   // this platform". POSIX: statfs's file-system type. A null path fails
   // with "name parameter passed as null".
+  CZuError isNFS(bool& nfs) const;
   static CZuError isNFS(const char* path, bool& nfs);
 
   // Adds (removes) an access-allowed entry for the current user with the

@@ -203,6 +203,7 @@ CZuError CZuPath::SplitUNC(const char* path, CZuString& server, CZuString& share
   return CZuError::Success();
 }
 
+bool CZuPath::isValidPath(bool mustExist) const { return isValidPath(m_path.c_str(), mustExist); }
 bool CZuPath::isValidPath(const char* path, bool mustExist) {
   if (path == nullptr || *path == '\0') return false;
   const std::string_view p(path);
@@ -218,6 +219,7 @@ bool CZuPath::isValidPath(const char* path, bool mustExist) {
   return !mustExist || !FXPath::DoesPathExist(full).IsError();
 }
 
+bool CZuPath::checkPathSanityForCommandLine() const { return checkPathSanityForCommandLine(m_path.c_str()); }
 bool CZuPath::checkPathSanityForCommandLine(const char* path) {
   if (path == nullptr || *path == '\0') return false;
   for (const char* c = path; *c != '\0'; ++c) {
@@ -229,6 +231,7 @@ bool CZuPath::checkPathSanityForCommandLine(const char* path) {
   return true;
 }
 
+CZuError CZuPath::isNFS(bool& nfs) const { return isNFS(m_path.c_str(), nfs); }
 CZuError CZuPath::isNFS(const char* path, bool& nfs) {
   nfs = false;
   if (path == nullptr)

@@ -79,6 +79,7 @@ TEST(ZuPath, CommandLineSanity) {
   for (const char* risky : {"C:\\x", "a;b", "a&b", "\"a\"", "a|b", "$x", "a'b", "C:\\caf\xC3\xA9", "", "a%b"})
     EXPECT_FALSE(CZuPath::checkPathSanityForCommandLine(risky)) << risky;
   EXPECT_FALSE(CZuPath::checkPathSanityForCommandLine(nullptr));
+  EXPECT_TRUE(CZuPath("dir/file name.txt").checkPathSanityForCommandLine());
 }
 
 }  // namespace
