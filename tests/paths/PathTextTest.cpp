@@ -214,6 +214,7 @@ TYPED_TEST(PathText, NativeFormResolvesAgainstTheCurrentFolder) {
       {S<C>("./a"), join("a")},                                        // rule 9
       {S<C>("\\x\\y"), S<C>("\\\\?\\") + drive + S<C>("\\x\\y")},      // rule 8
       {S<C>("/usr/share"), S<C>("\\\\?\\") + drive + S<C>("\\usr\\share")},  // rule 8, a POSIX spelling
+      {S<C>("\\"), S<C>("\\\\?\\") + drive + S<C>("\\")},             // a single backslash: the root
       {S<C>("//srv/share"), S<C>("\\\\?\\") + drive + S<C>("\\srv\\share")},  // "/" is no share prefix
       {drive + S<C>(".\\x"), join("x")},                               // rule 6
       {drive + S<C>("x\\y"), join("x\\y")},                            // rule 7
@@ -296,6 +297,11 @@ TEST(PathTextAllocations, PredicatesNeverAllocateAndAppendOnce) {
   sink = sink && (FXPath::IsSamePathAs(wa, wb) || FXPath::IsAncestorOf(wb, wa, true) || FXPath::IsVolumeGuidPath(wa));
   EXPECT_EQ(before, ZuTest::AllocationCount());
   EXPECT_TRUE(sink);
+
+  // Beyond the system's limit predicates still answer.
+  const std::string huge(FXPath::kMaxPathLength + 10, 'x');
+  EXPECT_TRUE(FXPath::IsSamePathAs(huge, huge + "\\"));
+  EXPECT_TRUE(FXPath::IsAncestorOf(huge, huge + "\\y", false));
 
   std::string base = "C:\\Users\\someone\\Documents";
   std::wstring wbase(base.begin(), base.end());
