@@ -152,6 +152,11 @@ TEST_F(PathSystem, VolumesAndMountPoints) {
     EXPECT_TRUE(Has(guidResult, "GetVolumeNameForVolumeMountPointW"));
   }
 
+  // What this system answered, for the report (the XML output keeps it).
+  RecordProperty("volume", volume);
+  RecordProperty("volumeGuid", guidResult.IsError() ? guidResult.AsString() : guid);
+  RecordProperty("uniqueId", idResult.IsError() ? idResult.AsString() : id);
+
   std::string letter;
   if (driveRoot && !FXPath::GetDriveLetterForMountPath(volume, letter).IsError()) {
     EXPECT_TRUE(FXPath::IsSamePathAs(volume, letter)) << letter;
