@@ -10,17 +10,16 @@ namespace FXPath {
 namespace Detail {
 namespace {
 
-FXCodeLocation Location(const char* function) { return FXCodeLocation(__FILE__, function, __LINE__); }
 
 // The native form in the platform layer's text.
 template <class Char>
 CZuError SystemPath(const char* function, const TString<Char>& path, std::string& out) {
   TString<Char> native;
   CZuError result = MakeNativePath(path, native);
-  if (result.IsError()) return result.Push(Location(function));
+  if (result.IsError()) return result.Push(ZU_HERE(function));
   std::string text = ToSystem(native);
   if (text.find('\0') != std::string::npos)
-    return FXErrorUtil::ErrorWin32(Location(function), ERROR_INVALID_NAME, "Path holds a NUL character, Path=[%s]",
+    return FXErrorUtil::ErrorWin32(ZU_HERE(function), ERROR_INVALID_NAME, "Path holds a NUL character, Path=[%s]",
                                    text.c_str());
   out.swap(text);
   return result;
@@ -38,7 +37,7 @@ CZuError FullPath(const TString<Char>& path, TString<Char>& result) {
   RootLength<char>(text, root);
   std::string full;
   status = FXPlatform::FullPathName(text, root, full);
-  if (status.IsError()) return status.Push(Location(kFunction), "GetFullPathNameW failed, Path=[%s]", text.c_str());
+  if (status.IsError()) return status.Push(ZU_HERE(kFunction), "GetFullPathNameW failed, Path=[%s]", text.c_str());
   if (longForm) MakeLongPath(full);
   FromSystem(full, result);
   return status;
@@ -52,7 +51,7 @@ CZuError Exists(const TString<Char>& path) {
   if (status.IsError()) return status;
   FXPlatform::TPathKind kind;
   status = FXPlatform::QueryPathKind(text, kind);
-  if (status.IsError()) status.Push(Location(kFunction), "Path=[%s]", text.c_str());
+  if (status.IsError()) status.Push(ZU_HERE(kFunction), "Path=[%s]", text.c_str());
   return status;
 }
 
@@ -62,7 +61,7 @@ CZuError ExistsWithRetry(const TString<Char>& path, unsigned int retries) {
     CZuError status = Exists(path);
     if (!status.IsError() || attempt >= retries || FXErrorUtil::IsWin32(status, ERROR_FILE_NOT_FOUND) ||
         FXErrorUtil::IsWin32(status, ERROR_PATH_NOT_FOUND))
-      return status.IsError() ? status.Push(Location("FXPath::DoesUNCPathExistWithRetry")) : status;
+      return status.IsError() ? status.Push(ZU_HERE("FXPath::DoesUNCPathExistWithRetry")) : status;
     std::this_thread::sleep_for(std::chrono::seconds(1));
   }
 }
@@ -76,7 +75,7 @@ CZuError SameVolume(const TString<Char>& a, const TString<Char>& b, bool& same) 
   if (status.IsError()) return status;
   bool answer = false;
   status = FXPlatform::SameVolume(textA, textB, answer);
-  if (status.IsError()) return status.Push(Location(kFunction), "A=[%s], B=[%s]", textA.c_str(), textB.c_str());
+  if (status.IsError()) return status.Push(ZU_HERE(kFunction), "A=[%s], B=[%s]", textA.c_str(), textB.c_str());
   same = answer;
   return status;
 }
@@ -88,7 +87,7 @@ CZuError Ask(const char* function, const TString<Char>& path, Out& out, Call cal
   CZuError status = SystemPath(function, path, text);
   if (status.IsError()) return status;
   status = call(text, out);
-  if (status.IsError()) status.Push(Location(function), "Path=[%s]", text.c_str());
+  if (status.IsError()) status.Push(ZU_HERE(function), "Path=[%s]", text.c_str());
   return status;
 }
 
@@ -135,7 +134,7 @@ CZuError DriveLetter(const TString<Char>& path, TString<Char>& result) {
   if (status.IsError()) return status;
   char letter = 0;
   status = FXPlatform::DriveLetterForMountPath(text, letter);
-  if (status.IsError()) return status.Push(Location(kFunction), "No drive letter found for %s", text.c_str());
+  if (status.IsError()) return status.Push(ZU_HERE(kFunction), "No drive letter found for %s", text.c_str());
   const char root[] = {letter, ':', '\\', 0};
   FromSystem(root, result);
   return status;
@@ -150,7 +149,7 @@ CZuError CyclicLink(const TString<Char>& path) {
   auto identify = [](const std::string& of, FXPlatform::TFileIdentity& id) {
     CZuError found = FXPlatform::FileIdentity(of, id);
     if (found.IsError())
-      found.Push(Location(kFunction), "GetFileInformationByHandle failed, Path=[%s]", of.c_str());
+      found.Push(ZU_HERE(kFunction), "GetFileInformationByHandle failed, Path=[%s]", of.c_str());
     return found;
   };
   FXPlatform::TFileIdentity target;
@@ -165,9 +164,9 @@ CZuError CyclicLink(const TString<Char>& path) {
     if (status.IsError()) return status;
     if (id.volumeSerial == target.volumeSerial && id.fileId == target.fileId) {
       CZuError cycle = FXErrorUtil::ErrorWin32(
-          Location(kFunction), ERROR_CANT_RESOLVE_FILENAME, "Path=[%s], VolumeSerialNumber=[0x%X], FileId=[0x%016llX]",
+          ZU_HERE(kFunction), ERROR_CANT_RESOLVE_FILENAME, "Path=[%s], VolumeSerialNumber=[0x%X], FileId=[0x%016llX]",
           ancestor.c_str(), static_cast<unsigned int>(id.volumeSerial), id.fileId);
-      return cycle.Push(Location(kFunction), "Target=[%s], VolumeSerialNumber=[0x%X], FileId=[0x%016llX]",
+      return cycle.Push(ZU_HERE(kFunction), "Target=[%s], VolumeSerialNumber=[0x%X], FileId=[0x%016llX]",
                         text.c_str(), static_cast<unsigned int>(target.volumeSerial), target.fileId);
     }
   }

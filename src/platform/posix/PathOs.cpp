@@ -23,12 +23,11 @@ constexpr DWORD kCasePreservedNames = 0x2;      // FILE_CASE_PRESERVED_NAMES
 constexpr DWORD kReadOnlyVolume = 0x80000;      // FILE_READ_ONLY_VOLUME
 constexpr long kNfsSuperMagic = 0x6969;         // NFS_SUPER_MAGIC of <linux/magic.h>
 
-FXCodeLocation Here(const char* function) { return FXCodeLocation(__FILE__, function, __LINE__); }
 
 // The errno of the call that just failed, with what it was asked.
 CZuError SystemFailure(const char* function, const char* call, const std::string& path) {
   const TSystemError error = LastSystemError();
-  return ErrorFromSystem(Here(function), error).Push(Here(function), "%s failed, Path=[%s]", call, path.c_str());
+  return ErrorFromSystem(ZU_HERE(function), error).Push(ZU_HERE(function), "%s failed, Path=[%s]", call, path.c_str());
 }
 
 // "\\?\Z:\usr\share", "Z:\usr\share" or "Z:" to "/usr/share" or "/".
@@ -36,7 +35,7 @@ CZuError ToPosix(const char* function, const std::string& path, std::string& pos
   std::string_view p(path);
   if (p.substr(0, 4) == "\\\\?\\") p.remove_prefix(4);
   if (p.size() < 2 || (p[0] != 'Z' && p[0] != 'z') || p[1] != ':' || (p.size() > 2 && p[2] != '\\'))
-    return FXErrorUtil::ErrorWin32(Here(function), ERROR_PATH_NOT_FOUND,
+    return FXErrorUtil::ErrorWin32(ZU_HERE(function), ERROR_PATH_NOT_FOUND,
                                    "Only drive Z: exists on this platform, Path=[%s]", path.c_str());
   std::string out = "/";
   if (p.size() > 3) out.append(p.substr(3));
@@ -53,7 +52,7 @@ CZuError FromPosix(const char* function, const std::string& posix, std::string& 
   if (backslash != std::string::npos) {
     const std::size_t start = posix.rfind('/', backslash) + 1;
     const std::size_t end = posix.find('/', backslash);
-    return FXErrorUtil::ErrorWin32(Here(function), ERROR_INVALID_NAME,
+    return FXErrorUtil::ErrorWin32(ZU_HERE(function), ERROR_INVALID_NAME,
                                    "File name holds a backslash, Name=[%s], Path=[%s]",
                                    posix.substr(start, end == std::string::npos ? end : end - start).c_str(),
                                    posix.c_str());
@@ -187,7 +186,7 @@ CZuError VolumePathName(const std::string& path, std::string& root) {
 }
 
 CZuError VolumeGuidName(const std::string& mountPoint, std::string&) {
-  return FXErrorUtil::ErrorWin32(Here("FXPlatform::VolumeGuidName"), ERROR_NOT_SUPPORTED,
+  return FXErrorUtil::ErrorWin32(ZU_HERE("FXPlatform::VolumeGuidName"), ERROR_NOT_SUPPORTED,
                                  "GetVolumeNameForVolumeMountPointW is not supported on this platform, Path=[%s]",
                                  mountPoint.c_str());
 }
@@ -241,7 +240,7 @@ CZuError DriveLetterForMountPath(const std::string& path, char& letter) {
   struct stat st, root;
   if (::stat(posix.c_str(), &st) != 0) return SystemFailure(kFunction, "stat", posix);
   if (::stat("/", &root) != 0) return SystemFailure(kFunction, "stat", "/");
-  if (st.st_dev != root.st_dev) return FXErrorUtil::ErrorWin32(Here(kFunction), ERROR_NOT_FOUND);
+  if (st.st_dev != root.st_dev) return FXErrorUtil::ErrorWin32(ZU_HERE(kFunction), ERROR_NOT_FOUND);
   letter = 'Z';
   return result;
 }

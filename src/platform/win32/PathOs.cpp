@@ -22,11 +22,10 @@ constexpr DWORD kLongest = 32768;
 // IOCTL_MOUNTDEV_QUERY_UNIQUE_ID of <mountdev.h>, which user-mode SDKs lack.
 constexpr DWORD kQueryUniqueId = CTL_CODE(0x4D, 0, METHOD_BUFFERED, FILE_ANY_ACCESS);
 
-FXCodeLocation Here(const char* function) { return FXCodeLocation(__FILE__, function, __LINE__); }
 
 CZuError SystemFailure(const char* function, const char* call, const std::string& path) {
   const TSystemError error = LastSystemError();
-  return ErrorFromSystem(Here(function), error).Push(Here(function), "%s failed, Path=[%s]", call, path.c_str());
+  return ErrorFromSystem(ZU_HERE(function), error).Push(ZU_HERE(function), "%s failed, Path=[%s]", call, path.c_str());
 }
 
 // GetFullPathNameW, with the buffer the answer asks for.
@@ -160,7 +159,7 @@ CZuError VolumeUniqueId(const std::string& path, std::string& hexDigits) {
   USHORT length = 0;
   std::memcpy(&length, buffer, sizeof length);
   if (length == 0 || returned < sizeof(USHORT) + length)
-    return FXErrorUtil::ErrorWin32(Here(kFunction), ERROR_INVALID_DATA, "No unique id, Path=[%s]", path.c_str());
+    return FXErrorUtil::ErrorWin32(ZU_HERE(kFunction), ERROR_INVALID_DATA, "No unique id, Path=[%s]", path.c_str());
   static const char kDigits[] = "0123456789ABCDEF";
   std::string digits;
   for (USHORT i = 0; i < length; ++i) {
@@ -200,7 +199,7 @@ CZuError DriveLetterForMountPath(const std::string& path, char& letter) {
       return result;
     }
   }
-  return FXErrorUtil::ErrorWin32(Here(kFunction), ERROR_NOT_FOUND);
+  return FXErrorUtil::ErrorWin32(ZU_HERE(kFunction), ERROR_NOT_FOUND);
 }
 
 CZuError FileIdentity(const std::string& path, TFileIdentity& identity) {
@@ -224,7 +223,7 @@ std::vector<std::string> SystemFolders() {
 }
 
 CZuError IsNfs(const std::string&, bool&) {
-  return FXErrorUtil::ErrorWin32(Here("FXPlatform::IsNfs"), ERROR_NOT_SUPPORTED,
+  return FXErrorUtil::ErrorWin32(ZU_HERE("FXPlatform::IsNfs"), ERROR_NOT_SUPPORTED,
                                  "NFS check not supported on this platform");
 }
 
@@ -236,14 +235,14 @@ CZuError SetDeletePermission(const std::string& path, bool grant) {
   DWORD rc = ::GetNamedSecurityInfoW(wide.c_str(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION, nullptr, nullptr, &dacl,
                                      nullptr, &descriptor);
   if (rc != ERROR_SUCCESS)
-    return FXErrorUtil::ErrorWin32(Here(kFunction), rc, "Failed to get security desc. of path [%s], Line [%d]",
+    return FXErrorUtil::ErrorWin32(ZU_HERE(kFunction), rc, "Failed to get security desc. of path [%s], Line [%d]",
                                    path.c_str(), __LINE__);
   std::unique_ptr<void, decltype(&::LocalFree)> descriptorOwner(descriptor, &::LocalFree);
   std::unique_ptr<unsigned char[]> userBuffer;
   PSID user = nullptr;
   if (!ProcessUser(userBuffer, user))
     return SystemFailure(kFunction, "GetTokenInformation", path)
-        .Push(Here(kFunction), "Failed to add access allowed entry to path [%s]", path.c_str());
+        .Push(ZU_HERE(kFunction), "Failed to add access allowed entry to path [%s]", path.c_str());
   PACL updated = nullptr;
   if (grant) {
     EXPLICIT_ACCESS_W access = {};
@@ -255,7 +254,7 @@ CZuError SetDeletePermission(const std::string& path, bool grant) {
     access.Trustee.ptstrName = static_cast<LPWSTR>(user);
     rc = ::SetEntriesInAclW(1, &access, dacl, &updated);
     if (rc != ERROR_SUCCESS)
-      return FXErrorUtil::ErrorWin32(Here(kFunction), rc, "Failed to add access allowed entry to path [%s]",
+      return FXErrorUtil::ErrorWin32(ZU_HERE(kFunction), rc, "Failed to add access allowed entry to path [%s]",
                                      path.c_str());
   } else if (dacl != nullptr) {
     // The user's own allowed entries lose the delete right; entries left
@@ -273,7 +272,7 @@ CZuError SetDeletePermission(const std::string& path, bool grant) {
   rc = ::SetNamedSecurityInfoW(&wide[0], SE_FILE_OBJECT, DACL_SECURITY_INFORMATION, nullptr, nullptr,
                                grant ? updated : dacl, nullptr);
   if (rc != ERROR_SUCCESS)
-    return FXErrorUtil::ErrorWin32(Here(kFunction), rc, "Failed to set the security descriptor of path [%s], Line [%d]",
+    return FXErrorUtil::ErrorWin32(ZU_HERE(kFunction), rc, "Failed to set the security descriptor of path [%s], Line [%d]",
                                    path.c_str(), __LINE__);
   return CZuError::Success();
 }
