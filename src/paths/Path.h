@@ -205,8 +205,8 @@ ZUUTILS_API CZuError SplitFullyQualifiedName(const std::string& path, std::strin
 ZUUTILS_API CZuError SplitFullyQualifiedName(const std::wstring& path, std::wstring& root, std::wstring& folder,
                                              std::wstring& name, unsigned int flags = 0);
 
-// The components of path below base: base itself first (the root when
-// base is empty), then each name; with kSplitCumulative each element is the
+// The components of path below base: the part of path that base names
+// first (the root when base is empty), then each name; with kSplitCumulative each element is the
 // whole path up to there ("C:\", "C:\a", "C:\a\b"). A path not at or below
 // base fails with ERROR_INVALID_PARAMETER. Empty components (doubled
 // separators) are skipped.

@@ -198,12 +198,16 @@ CZuError Append(wchar_t* buffer, std::size_t bufferSize, const wchar_t* tail, un
 }
 
 std::string Join(const std::string& a, const std::string& b, unsigned int flags) {
-  std::string result(a);
+  std::string result;
+  result.reserve(a.size() + b.size() + 1);  // one allocation
+  result = a;
   Append(result, b, flags);
   return result;
 }
 std::wstring Join(const std::wstring& a, const std::wstring& b, unsigned int flags) {
-  std::wstring result(a);
+  std::wstring result;
+  result.reserve(a.size() + b.size() + 1);  // one allocation
+  result = a;
   Append(result, b, flags);
   return result;
 }

@@ -313,6 +313,10 @@ TEST(PathTextAllocations, PredicatesNeverAllocateAndAppendOnce) {
   const long wideStart = ZuTest::AllocationCount();
   ASSERT_FALSE(FXPath::Append(wbase, wtail).IsError());
   EXPECT_LE(ZuTest::AllocationCount() - wideStart, 1);
+  const long joinStart = ZuTest::AllocationCount();
+  const std::string joined = FXPath::Join(base, tail);
+  EXPECT_LE(ZuTest::AllocationCount() - joinStart, 1);
+  EXPECT_EQ(base.size() + 1 + tail.size(), joined.size());
 }
 
 }  // namespace
