@@ -41,3 +41,4 @@
 #include "threads/SendEventInterface.h"
 #include "threads/SequentialTasks.h"
 #include "threads/TaskThread.h"
+#include "paths/Path.h"
