@@ -141,6 +141,26 @@ inline std::size_t AsciiRun(const Src* s, std::size_t left, Dst* t) {
 // block they do not take.
 constexpr std::ptrdiff_t kScalarStretch = 64;
 
+// Widens the leading blocks of [s, e) that are ASCII without a NUL, and
+// returns where it stopped: the one pass that text ending at its first NUL
+// needs while it is plain ASCII.
+template <class Unit, bool kVector = kHaveVector>
+const std::uint8_t* WidenAsciiUntilNul(const std::uint8_t* s, const std::uint8_t* e, Unit*& t) {
+#if ZU_UTF_SSE2
+  if constexpr (kVector) return WidenBlocks(s, e, t);
+#endif
+  constexpr std::uint64_t kOnes = 0x0101010101010101ull;
+  while (e - s >= 8) {
+    std::uint64_t w;
+    std::memcpy(&w, s, 8);
+    if (((w | ((w - kOnes) & ~w)) & (kOnes << 7)) != 0) break;  // a byte >= 0x80, or a zero byte
+    for (std::size_t k = 0; k < 8; ++k) t[k] = static_cast<Unit>(s[k]);
+    s += 8;
+    t += 8;
+  }
+  return s;
+}
+
 // Converts the well-formed UTF-8 at the start of [s, e) to UTF-16 or
 // UTF-32 (by the size of Unit) and returns where it stopped: at e, at an
 // ill-formed sequence, or at one cut off by e. The target must have room

@@ -130,6 +130,25 @@ const std::uint8_t* DecodeBlocks(const std::uint8_t* s, const std::uint8_t* e, U
   return s;
 }
 
+// Widens the 16-byte blocks at the start of [s, e) that are ASCII without
+// a NUL, and returns where it stopped.
+template <class Unit>
+const std::uint8_t* WidenBlocks(const std::uint8_t* s, const std::uint8_t* e, Unit*& target) {
+  using namespace Simd;
+  Unit* t = target;
+  const __m128i zero = _mm_setzero_si128();
+  while (e - s >= 16) {
+    const __m128i v = Load(s);
+    if (_mm_movemask_epi8(_mm_or_si128(v, _mm_cmpeq_epi8(v, zero))) != 0) break;
+    Store8(t, _mm_unpacklo_epi8(v, zero));
+    Store8(t + 8, _mm_unpackhi_epi8(v, zero));
+    s += 16;
+    t += 16;
+  }
+  target = t;
+  return s;
+}
+
 // Converts the blocks at the start of [s, e) that are sixteen ASCII units,
 // eight of U+0080..U+07FF or eight of U+0800..U+FFFF (no surrogate) to
 // UTF-8, and returns where it stopped: at the tail or at the first block of

@@ -159,6 +159,11 @@ TEST(UTFDifferential, ToWstringAgreesWithTheScalarPath) {
     const std::string text = RandomUtf8(random);
     const std::vector<wchar_t> expected = Decode<wchar_t, false>(text);
     ASSERT_EQ(std::wstring(expected.begin(), expected.end()), FXString::ToWstring(text)) << "round " << round;
+    const std::size_t cut = In(random, 0, static_cast<std::uint32_t>(text.size()) - 1);
+    std::string withNul = text;
+    withNul[cut] = '\0';
+    const std::vector<wchar_t> beforeNul = Decode<wchar_t, false>(text.substr(0, cut));
+    ASSERT_EQ(std::wstring(beforeNul.begin(), beforeNul.end()), FXString::ToWstring(withNul)) << "round " << round;
     if constexpr (FXUTFDetail::kHaveVector) {
       ASSERT_EQ((Decode<std::uint16_t, false>(text)), (Decode<std::uint16_t, true>(text))) << "round " << round;
       ASSERT_EQ((Decode<std::uint32_t, false>(text)), (Decode<std::uint32_t, true>(text))) << "round " << round;
@@ -172,6 +177,14 @@ TEST(UTFDifferential, ToStringAgreesWithTheScalarPath) {
     const std::vector<wchar_t> text = RandomWide<wchar_t>(random);
     ASSERT_EQ((Encode<wchar_t, false>(text)), FXString::ToString(std::wstring(text.begin(), text.end())))
         << "round " << round;
+    // A NUL ends the text, whatever comes before it (a surrogate whose pair
+    // it cuts off) or after it.
+    const std::size_t cut = In(random, 0, static_cast<std::uint32_t>(text.size()) - 1);
+    std::wstring withNul(text.begin(), text.end());
+    withNul[cut] = L'\0';
+    ASSERT_EQ((Encode<wchar_t, false>(std::vector<wchar_t>(text.begin(), text.begin() + cut))),
+              FXString::ToString(withNul))
+        << "round " << round;
     if constexpr (FXUTFDetail::kHaveVector) {
       const std::vector<std::uint16_t> narrow = RandomWide<std::uint16_t>(random);
       ASSERT_EQ((Encode<std::uint16_t, false>(narrow)), (Encode<std::uint16_t, true>(narrow))) << "round " << round;
@@ -179,6 +192,37 @@ TEST(UTFDifferential, ToStringAgreesWithTheScalarPath) {
       ASSERT_EQ((Encode<std::uint32_t, false>(wide)), (Encode<std::uint32_t, true>(wide))) << "round " << round;
     }
   }
+}
+
+// Long texts are converted a stretch (16 KiB) at a time; a sequence or an
+// ill-formed subpart at the cut must convert as in one piece, and a NUL
+// ends the text wherever it is.
+TEST(UTFDifferential, LongTextsConvertAsOnePiece) {
+  static const char* const kPieces[] = {"\xF0\x9F\x98\x80", "\xE6\x9D\xB1", "\xE6\x9D" "a", "\x80\x80\x80\x80\x80",
+                                        "\xF0\x9F\x98\x80\x80\x80", "\xC3\xA9", "\xED\xA0\x80", "\xF4\x90\x80"};
+  for (std::size_t at = (1 << 14) - 8; at <= (1 << 14) + 4; ++at) {
+    for (const char* piece : kPieces) {
+      // A first non-ASCII byte keeps the whole text on the stretch path.
+      const std::string text = "\xC3\xA9" + std::string(at - 2, 'a') + piece + std::string(40, 'b') + "\xCE\xB1";
+      const std::vector<wchar_t> expected = Decode<wchar_t, false>(text);
+      ASSERT_EQ(std::wstring(expected.begin(), expected.end()), FXString::ToWstring(text)) << at << " " << piece;
+    }
+  }
+  Random random(4242);
+  std::string text;
+  while (text.size() < 50000) text += RandomUtf8(random);
+  const std::vector<wchar_t> expected = Decode<wchar_t, false>(text);
+  EXPECT_EQ(std::wstring(expected.begin(), expected.end()), FXString::ToWstring(text));
+  for (const std::size_t nul : {std::size_t{0}, std::size_t{5000}, std::size_t{20000}, text.size() - 1}) {
+    std::string cut = text;
+    cut[nul] = '\0';
+    const std::vector<wchar_t> before = Decode<wchar_t, false>(text.substr(0, nul));
+    EXPECT_EQ(std::wstring(before.begin(), before.end()), FXString::ToWstring(cut)) << nul;
+  }
+  // Plain ASCII takes the one pass that looks for the NUL as it widens.
+  std::string ascii(40000, 'x');
+  ascii[30001] = '\0';
+  EXPECT_EQ(std::wstring(30001, L'x'), FXString::ToWstring(ascii));
 }
 
 // Valid text goes there and back unchanged on the vector path too, at
