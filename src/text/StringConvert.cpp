@@ -10,8 +10,10 @@
 namespace {
 
 // Short texts (names, paths) are converted on the stack and copied once
-// into a string of the exact size; long ones straight into the result,
-// which is then cut to the length produced.
+// into a string of the exact size; long ones straight into a result of the
+// worst-case size, which is then cut to the length produced (no copy). A
+// vector pass counting the exact size first was measured no faster: what
+// it saves in clearing a smaller string it spends reading the input twice.
 constexpr std::size_t kStackUnits = 256;
 
 // The worst case of output units per input unit.
