@@ -198,7 +198,7 @@ TEST(UTFDifferential, ToStringAgreesWithTheScalarPath) {
 // ill-formed subpart at the cut must convert as in one piece, and a NUL
 // ends the text wherever it is.
 TEST(UTFDifferential, LongTextsConvertAsOnePiece) {
-  static const char* const kPieces[] = {"\xF0\x9F\x98\x80", "\xE6\x9D\xB1", "\xE6\x9D" "a", "\x80\x80\x80\x80\x80",
+  static const char* const kPieces[] = {"\xF0\x9F\x98\x80", "\xE6\x9D\xB1", "\xE6\x9D\x61", "\x80\x80\x80\x80\x80",
                                         "\xF0\x9F\x98\x80\x80\x80", "\xC3\xA9", "\xED\xA0\x80", "\xF4\x90\x80"};
   for (std::size_t at = (1 << 14) - 8; at <= (1 << 14) + 4; ++at) {
     for (const char* piece : kPieces) {
