@@ -137,9 +137,21 @@ inline std::size_t AsciiRun(const Src* s, std::size_t left, Dst* t) {
                     : kPerWord + static_cast<std::size_t>(__builtin_ctzll(high1)) / kBitsPerUnit;
 }
 
-// How far the scalar code goes on its own after the vector blocks found a
-// block they do not take.
-constexpr std::ptrdiff_t kScalarStretch = 64;
+#if ZU_UTF_SSE2
+// Runs the vector blocks at s, unless they lately found nothing to take:
+// mixed text tends to stay mixed, so after a block they do not take, the
+// next stretch is left to the scalar code rather than tried block by block.
+template <auto kBlocks, class Src, class Dst>
+inline const Src* TryBlocks(const Src* s, const Src* e, Dst*& t, const Src*& vectorFrom) {
+  constexpr std::ptrdiff_t kScalarStretch = 64;
+  if (s < vectorFrom) return s;
+  Dst* out = t;  // keeps the caller's cursor out of memory
+  const Src* const stop = kBlocks(s, e, out);
+  t = out;
+  if (stop == s) vectorFrom = e - s > kScalarStretch ? s + kScalarStretch : e;
+  return stop;
+}
+#endif
 
 // Widens the leading blocks of [s, e) that are ASCII without a NUL, and
 // returns where it stopped: the one pass that text ending at its first NUL
@@ -175,14 +187,8 @@ const std::uint8_t* DecodeWellFormed(const std::uint8_t* s, const std::uint8_t* 
   while (s < e) {
 #if ZU_UTF_SSE2
     if constexpr (kVector) {
-      if (s >= vectorFrom) {
-        const auto* const before = s;
-        s = DecodeBlocks(s, e, t);
-        if (s == e) break;
-        // Mixed text tends to stay mixed: leave the next stretch to the
-        // scalar code rather than try each of its blocks.
-        if (s == before) vectorFrom = e - s > kScalarStretch ? s + kScalarStretch : e;
-      }
+      s = TryBlocks<&DecodeBlocks<Unit>>(s, e, t, vectorFrom);
+      if (s == e) break;
     }
 #endif
     if (*s < 0x80) {
@@ -278,14 +284,8 @@ const Unit* EncodeWellFormed(const Unit* s, const Unit* e, std::uint8_t*& target
   while (s < e) {
 #if ZU_UTF_SSE2
     if constexpr (kVector) {
-      if (s >= vectorFrom) {
-        const auto* const before = s;
-        s = EncodeBlocks(s, e, t);
-        if (s == e) break;
-        // Mixed text tends to stay mixed: leave the next stretch to the
-        // scalar code rather than try each of its blocks.
-        if (s == before) vectorFrom = e - s > kScalarStretch ? s + kScalarStretch : e;
-      }
+      s = TryBlocks<&EncodeBlocks<Unit>>(s, e, t, vectorFrom);
+      if (s == e) break;
     }
 #endif
     std::size_t left = static_cast<std::size_t>(e - s);
