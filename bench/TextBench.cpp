@@ -1,7 +1,10 @@
 // UTF-8 <-> UTF-16 conversion against glibc's iconv and a naive
 // per-code-point loop, on 1 MiB of ASCII, of mixed European and of CJK
-// text; Split, Join and case-insensitive search on 1 MiB against
-// absl::StrSplit, absl::StrJoin and strcasestr.
+// text; the string conversions (wide = UTF-32 here) against iconv and the
+// FXUTF transcoders, each making a new string; Split, Join and
+// case-insensitive search on 1 MiB against absl::StrSplit, absl::StrJoin
+// and strcasestr. (simdutf would be the upper anchor of the conversions;
+// Debian has no package of it.)
 #include <iconv.h>
 #include <strings.h>
 
@@ -220,6 +223,35 @@ void ToWstringIconv(benchmark::State& state, const TInput* input) {
   iconv_close(cd);
   Throughput(state, input->utf8.size());
 }
+// The same through the buffer transcoders, into a string of the worst-case
+// size cut to the output.
+static_assert(sizeof(wchar_t) == sizeof(FXUTF::UTF32), "the FXUTF rows take wchar_t as UTF-32");
+void ToWstringFxutf(benchmark::State& state, const TInput* input) {
+  for (auto _ : state) {
+    std::wstring out(input->utf8.size(), L'\0');
+    const auto* s = reinterpret_cast<const FXUTF::UTF8*>(input->utf8.data());
+    auto* begin = reinterpret_cast<FXUTF::UTF32*>(&out[0]);
+    FXUTF::UTF32* t = begin;
+    FXUTF::ConvertUTF8ToUTF32(&s, s + input->utf8.size(), &t, t + out.size(), FXUTF::lenientConversion);
+    out.resize(static_cast<std::size_t>(t - begin));
+    benchmark::DoNotOptimize(out);
+  }
+  Throughput(state, input->utf8.size());
+}
+void ToStringFxutf(benchmark::State& state, const TInput* input) {
+  const std::wstring wide = FXString::ToWstring(input->utf8);
+  for (auto _ : state) {
+    std::string out(wide.size() * 4, '\0');
+    const auto* s = reinterpret_cast<const FXUTF::UTF32*>(wide.data());
+    auto* begin = reinterpret_cast<FXUTF::UTF8*>(&out[0]);
+    FXUTF::UTF8* t = begin;
+    FXUTF::ConvertUTF32ToUTF8(&s, s + wide.size(), &t, t + out.size(), FXUTF::lenientConversion);
+    out.resize(static_cast<std::size_t>(t - begin));
+    benchmark::DoNotOptimize(out);
+  }
+  Throughput(state, input->utf8.size());
+}
+
 void ToStringOurs(benchmark::State& state, const TInput* input) {
   const std::wstring wide = FXString::ToWstring(input->utf8);
   for (auto _ : state) benchmark::DoNotOptimize(FXString::ToString(wide));
@@ -301,8 +333,10 @@ const int kRegistered = [] {
     benchmark::RegisterBenchmark(("Utf16ToUtf8/naive" + arg).c_str(), ToUtf8Naive, &input);
     benchmark::RegisterBenchmark(("ToWstring/ours" + arg).c_str(), ToWstringOurs, &input);
     benchmark::RegisterBenchmark(("ToWstring/iconv" + arg).c_str(), ToWstringIconv, &input);
+    benchmark::RegisterBenchmark(("ToWstring/FXUTF" + arg).c_str(), ToWstringFxutf, &input);
     benchmark::RegisterBenchmark(("ToString/ours" + arg).c_str(), ToStringOurs, &input);
     benchmark::RegisterBenchmark(("ToString/iconv" + arg).c_str(), ToStringIconv, &input);
+    benchmark::RegisterBenchmark(("ToString/FXUTF" + arg).c_str(), ToStringFxutf, &input);
   }
   benchmark::RegisterBenchmark("Split/ours", SplitOurs);
   benchmark::RegisterBenchmark("Split/absl::StrSplit", SplitAbsl);

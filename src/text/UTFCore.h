@@ -8,6 +8,8 @@
 #include <cstring>
 #include <type_traits>
 
+#include "text/UTFSimd.h"
+
 namespace FXUTFDetail {
 
 constexpr std::uint32_t kReplacement = 0xFFFD;
@@ -135,15 +137,60 @@ inline std::size_t AsciiRun(const Src* s, std::size_t left, Dst* t) {
                     : kPerWord + static_cast<std::size_t>(__builtin_ctzll(high1)) / kBitsPerUnit;
 }
 
+#if ZU_UTF_SSE2
+// Runs the vector blocks at s, unless they lately found nothing to take:
+// mixed text tends to stay mixed, so after a block they do not take, the
+// next stretch is left to the scalar code rather than tried block by block.
+template <auto kBlocks, class Src, class Dst>
+inline const Src* TryBlocks(const Src* s, const Src* e, Dst*& t, const Src*& vectorFrom) {
+  constexpr std::ptrdiff_t kScalarStretch = 64;
+  if (s < vectorFrom) return s;
+  Dst* out = t;  // keeps the caller's cursor out of memory
+  const Src* const stop = kBlocks(s, e, out);
+  t = out;
+  if (stop == s) vectorFrom = e - s > kScalarStretch ? s + kScalarStretch : e;
+  return stop;
+}
+#endif
+
+// Widens the leading blocks of [s, e) that are ASCII without a NUL, and
+// returns where it stopped: the one pass that text ending at its first NUL
+// needs while it is plain ASCII.
+template <class Unit, bool kVector = kHaveVector>
+const std::uint8_t* WidenAsciiUntilNul(const std::uint8_t* s, const std::uint8_t* e, Unit*& t) {
+#if ZU_UTF_SSE2
+  if constexpr (kVector) return WidenBlocks(s, e, t);
+#endif
+  constexpr std::uint64_t kOnes = 0x0101010101010101ull;
+  while (e - s >= 8) {
+    std::uint64_t w;
+    std::memcpy(&w, s, 8);
+    if (((w | ((w - kOnes) & ~w)) & (kOnes << 7)) != 0) break;  // a byte >= 0x80, or a zero byte
+    for (std::size_t k = 0; k < 8; ++k) t[k] = static_cast<Unit>(s[k]);
+    s += 8;
+    t += 8;
+  }
+  return s;
+}
+
 // Converts the well-formed UTF-8 at the start of [s, e) to UTF-16 or
 // UTF-32 (by the size of Unit) and returns where it stopped: at e, at an
 // ill-formed sequence, or at one cut off by e. The target must have room
 // for e - s units (no sequence yields more units than it has bytes); it is
 // advanced past the output, and units after that may have been written.
-template <class Unit>
+// kVector false keeps to the scalar code (the reference of the tests).
+template <class Unit, bool kVector = kHaveVector>
 const std::uint8_t* DecodeWellFormed(const std::uint8_t* s, const std::uint8_t* e, Unit*& target) {
+  static_assert(kHaveVector || !kVector, "no vector code on this target");
   Unit* t = target;  // a local, which byte stores cannot alias
+  [[maybe_unused]] const std::uint8_t* vectorFrom = s;
   while (s < e) {
+#if ZU_UTF_SSE2
+    if constexpr (kVector) {
+      s = TryBlocks<&DecodeBlocks<Unit>>(s, e, t, vectorFrom);
+      if (s == e) break;
+    }
+#endif
     if (*s < 0x80) {
       const std::size_t left = static_cast<std::size_t>(e - s);
       std::size_t n = 1;
@@ -224,14 +271,23 @@ inline std::uint8_t* EncodeBelow800(const Unit* s, std::size_t n, std::uint8_t* 
 // high one cut off by e included) or at a value above U+10FFFF. The target
 // must have room for 3 bytes per unit (UTF-16) or 4 (UTF-32); it is
 // advanced past the output, and bytes after that may have been written.
-template <class Unit>
+// kVector false keeps to the scalar code (the reference of the tests).
+template <class Unit, bool kVector = kHaveVector>
 const Unit* EncodeWellFormed(const Unit* s, const Unit* e, std::uint8_t*& target) {
+  static_assert(kHaveVector || !kVector, "no vector code on this target");
   std::uint8_t* t = target;  // a local, which byte stores cannot alias
   constexpr std::size_t kPerWord = 8 / sizeof(Unit);
   constexpr std::size_t kPerBlock = 8;
   constexpr std::size_t kWords = kPerBlock / kPerWord;
   constexpr unsigned kBitsPerUnit = 8 * sizeof(Unit);
+  [[maybe_unused]] const Unit* vectorFrom = s;
   while (s < e) {
+#if ZU_UTF_SSE2
+    if constexpr (kVector) {
+      s = TryBlocks<&EncodeBlocks<Unit>>(s, e, t, vectorFrom);
+      if (s == e) break;
+    }
+#endif
     std::size_t left = static_cast<std::size_t>(e - s);
     // Blocks of eight units: while they hold only units below U+0800, as
     // most of European text does, no unit is asked how long it is; a block
@@ -314,10 +370,10 @@ const Unit* EncodeWellFormed(const Unit* s, const Unit* e, std::uint8_t*& target
 // UTF-8 to UTF-16 or UTF-32 that never fails: each maximal ill-formed
 // subpart becomes one U+FFFD, the Unicode Standard's recommended practice.
 // t must have room for e - s units. Returns the end of the output.
-template <class Unit>
+template <class Unit, bool kVector = kHaveVector>
 Unit* DecodeUtf8Replacing(const std::uint8_t* s, const std::uint8_t* e, Unit* t) {
   for (;;) {
-    s = DecodeWellFormed(s, e, t);
+    s = DecodeWellFormed<Unit, kVector>(s, e, t);
     if (s == e) return t;
     s += MaximalSubpart(s, e);
     *t++ = static_cast<Unit>(kReplacement);
@@ -327,10 +383,10 @@ Unit* DecodeUtf8Replacing(const std::uint8_t* s, const std::uint8_t* e, Unit* t)
 // UTF-16 or UTF-32 to UTF-8 that never fails: an unpaired surrogate or a
 // value above U+10FFFF becomes U+FFFD. t must have room for 3 bytes per
 // unit (UTF-16) or 4 (UTF-32). Returns the end of the output.
-template <class Unit>
+template <class Unit, bool kVector = kHaveVector>
 std::uint8_t* EncodeUtf8Replacing(const Unit* s, const Unit* e, std::uint8_t* t) {
   for (;;) {
-    s = EncodeWellFormed(s, e, t);
+    s = EncodeWellFormed<Unit, kVector>(s, e, t);
     if (s == e) return t;
     ++s;
     t = PutUtf8(t, kReplacement);

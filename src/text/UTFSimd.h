@@ -1,0 +1,228 @@
+// Vector blocks of the transcoders (internal): 16-byte blocks of ASCII, of
+// two-byte and of three-byte characters, validated and converted a vector
+// at a time. SSE2 is part of every x86-64 processor, so no run-time
+// dispatch is needed; the 16-byte vectors also keep clear of the stack
+// alignment trouble of 32-byte ones under mingw-w64. Other targets and the
+// portable build (ZU_PORTABLE) use the scalar code of UTFCore.h alone.
+//
+// A block that is none of these shapes (mixed, ill-formed, four-byte
+// characters, the tail) is left to the scalar code, which finds every
+// fault; a block is converted here only when all of it is well-formed, so
+// the answers never depend on which path ran.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#if !defined(ZU_PORTABLE) && (defined(__x86_64__) || defined(_M_X64))
+#define ZU_UTF_SSE2 1
+#include <emmintrin.h>
+#endif
+
+namespace FXUTFDetail {
+
+#if ZU_UTF_SSE2
+
+constexpr bool kHaveVector = true;
+
+namespace Simd {
+
+inline __m128i Load(const void* p) { return _mm_loadu_si128(static_cast<const __m128i*>(p)); }
+inline void Store(void* p, __m128i v) { _mm_storeu_si128(static_cast<__m128i*>(p), v); }
+inline __m128i Set16(int v) { return _mm_set1_epi16(static_cast<short>(v)); }
+inline __m128i Set32(int v) { return _mm_set1_epi32(v); }
+inline bool AllSet(__m128i v) { return _mm_movemask_epi8(v) == 0xFFFF; }
+
+// Eight 16-bit lanes out as eight Units.
+template <class Unit>
+inline void Store8(Unit* t, __m128i v) {
+  if constexpr (sizeof(Unit) == 2) {
+    Store(t, v);
+  } else {
+    const __m128i zero = _mm_setzero_si128();
+    Store(t, _mm_unpacklo_epi16(v, zero));
+    Store(t + 4, _mm_unpackhi_epi16(v, zero));
+  }
+}
+
+// Eight characters of U+0800..U+FFFF in two vectors of 32-bit lanes.
+template <class Unit>
+inline void Store8Of32(Unit* t, __m128i a, __m128i b) {
+  if constexpr (sizeof(Unit) == 2) {
+    // packs saturates signed values: move the range below zero and back.
+    const __m128i bias32 = Set32(0x8000);
+    const __m128i packed = _mm_packs_epi32(_mm_sub_epi32(a, bias32), _mm_sub_epi32(b, bias32));
+    Store(t, _mm_xor_si128(packed, Set16(0x8000)));
+  } else {
+    Store(t, a);
+    Store(t + 4, b);
+  }
+}
+
+// Four three-byte sequences from 12 bytes at s (16 readable), as 32-bit
+// lanes; all-ones in `ok` lanes whose sequence is well-formed.
+inline __m128i Decode3(const std::uint8_t* s, __m128i& ok) {
+  const __m128i v = Load(s);
+  // Bytes 0..7 and 6..13 as two 64-bit lanes, each split into two
+  // sequences of three bytes in 32-bit lanes.
+  const __m128i y = _mm_unpacklo_epi64(v, _mm_srli_si128(v, 6));
+  const __m128i x = _mm_or_si128(_mm_and_si128(y, _mm_set1_epi64x(0xFFFFFF)),
+                                 _mm_and_si128(_mm_slli_epi64(y, 8), _mm_set1_epi64x(0x00FFFFFF00000000ll)));
+  const __m128i shape = _mm_cmpeq_epi32(_mm_and_si128(x, Set32(0x00C0C0F0)), Set32(0x008080E0));
+  const __m128i c = _mm_or_si128(
+      _mm_or_si128(_mm_slli_epi32(_mm_and_si128(x, Set32(0x0F)), 12), _mm_srli_epi32(_mm_and_si128(x, Set32(0x3F00)), 2)),
+      _mm_and_si128(_mm_srli_epi32(x, 16), Set32(0x3F)));
+  // Overlong forms decode below U+0800; encoded surrogates are D800..DFFF.
+  const __m128i overlong = _mm_cmplt_epi32(c, Set32(0x800));
+  const __m128i surrogate = _mm_cmpeq_epi32(_mm_and_si128(c, Set32(0xF800)), Set32(0xD800));
+  ok = _mm_andnot_si128(_mm_or_si128(overlong, surrogate), shape);
+  return c;
+}
+
+}  // namespace Simd
+
+// Converts the 16-byte blocks at the start of [s, e) that are ASCII,
+// eight two-byte sequences, or (24 bytes) eight three-byte sequences to
+// UTF-16 or UTF-32, and returns where it stopped: at the tail or at the
+// first block of another shape. The target needs room for e - s units and
+// is advanced past the output.
+//
+// Mixed ASCII and two-byte text (European) is left to the scalar code:
+// without a byte shuffle (SSSE3) squeezing out its continuation bytes costs
+// more vector operations than the scalar code spends.
+template <class Unit>
+const std::uint8_t* DecodeBlocks(const std::uint8_t* s, const std::uint8_t* e, Unit*& target) {
+  using namespace Simd;
+  Unit* t = target;
+  const __m128i zero = _mm_setzero_si128();
+  while (e - s >= 16) {
+    const __m128i v = Load(s);
+    if (_mm_movemask_epi8(v) == 0) {
+      Store8(t, _mm_unpacklo_epi8(v, zero));
+      Store8(t + 8, _mm_unpackhi_epi8(v, zero));
+      s += 16;
+      t += 16;
+      continue;
+    }
+    const std::uint8_t lead = *s;
+    if (lead >= 0xE0 && lead < 0xF0) {
+      if (e - s < 28) break;
+      __m128i ok0, ok1;
+      const __m128i c0 = Decode3(s, ok0);
+      const __m128i c1 = Decode3(s + 12, ok1);
+      if (!AllSet(_mm_and_si128(ok0, ok1))) break;
+      Store8Of32(t, c0, c1);
+      s += 24;
+      t += 8;
+      continue;
+    }
+    // Eight two-byte sequences: lead 110xxxxx (not C0, C1) in the low byte
+    // of each 16-bit lane, continuation 10xxxxxx in the high one.
+    const __m128i shape = _mm_cmpeq_epi16(_mm_and_si128(v, Set16(0xC0E0)), Set16(0x80C0));
+    const __m128i overlong = _mm_cmpeq_epi16(_mm_and_si128(v, Set16(0x1E)), zero);
+    if (!AllSet(_mm_andnot_si128(overlong, shape))) break;
+    Store8(t, _mm_or_si128(_mm_slli_epi16(_mm_and_si128(v, Set16(0x1F)), 6),
+                           _mm_and_si128(_mm_srli_epi16(v, 8), Set16(0x3F))));
+    s += 16;
+    t += 8;
+  }
+  target = t;
+  return s;
+}
+
+// Widens the 16-byte blocks at the start of [s, e) that are ASCII without
+// a NUL, and returns where it stopped.
+template <class Unit>
+const std::uint8_t* WidenBlocks(const std::uint8_t* s, const std::uint8_t* e, Unit*& target) {
+  using namespace Simd;
+  Unit* t = target;
+  const __m128i zero = _mm_setzero_si128();
+  while (e - s >= 16) {
+    const __m128i v = Load(s);
+    if (_mm_movemask_epi8(_mm_or_si128(v, _mm_cmpeq_epi8(v, zero))) != 0) break;
+    Store8(t, _mm_unpacklo_epi8(v, zero));
+    Store8(t + 8, _mm_unpackhi_epi8(v, zero));
+    s += 16;
+    t += 16;
+  }
+  target = t;
+  return s;
+}
+
+// Converts the blocks at the start of [s, e) that are sixteen ASCII units,
+// eight of U+0080..U+07FF or eight of U+0800..U+FFFF (no surrogate) to
+// UTF-8, and returns where it stopped: at the tail or at the first block of
+// another shape (mixed ones are the scalar code's). The target needs room
+// for 3 bytes per unit; it is advanced past the output, and bytes after
+// that may have been written.
+template <class Unit>
+const Unit* EncodeBlocks(const Unit* s, const Unit* e, std::uint8_t*& target) {
+  using namespace Simd;
+  std::uint8_t* t = target;
+  const __m128i zero = _mm_setzero_si128();
+  while (e - s >= 16) {
+    // x: the first eight units in 16-bit lanes.
+    __m128i x;
+    if constexpr (sizeof(Unit) == 2) {
+      x = Load(s);
+      const __m128i y = Load(s + 8);
+      if (_mm_movemask_epi8(_mm_cmpeq_epi16(_mm_and_si128(_mm_or_si128(x, y), Set16(0xFF80)), zero)) == 0xFFFF) {
+        Store(t, _mm_packus_epi16(x, y));
+        s += 16;
+        t += 16;
+        continue;
+      }
+    } else {
+      const __m128i a = Load(s), b = Load(s + 4), c = Load(s + 8), d = Load(s + 12);
+      const __m128i any = _mm_or_si128(_mm_or_si128(a, b), _mm_or_si128(c, d));
+      if (_mm_movemask_epi8(_mm_cmpeq_epi32(_mm_and_si128(any, Set32(~0x7F)), zero)) == 0xFFFF) {
+        Store(t, _mm_packus_epi16(_mm_packs_epi32(a, b), _mm_packs_epi32(c, d)));
+        s += 16;
+        t += 16;
+        continue;
+      }
+      // Above U+FFFF, or a negative wchar_t: not for the blocks below.
+      if (_mm_movemask_epi8(_mm_cmpeq_epi32(_mm_and_si128(_mm_or_si128(a, b), Set32(~0xFFFF)), zero)) != 0xFFFF) break;
+      // packs saturates signed values: move the range below zero and back.
+      const __m128i bias32 = Set32(0x8000);
+      x = _mm_xor_si128(_mm_packs_epi32(_mm_sub_epi32(a, bias32), _mm_sub_epi32(b, bias32)), Set16(0x8000));
+    }
+    const __m128i top = _mm_and_si128(x, Set16(0xF800));
+    const __m128i small = _mm_cmpeq_epi16(top, zero);
+    if (_mm_movemask_epi8(small) == 0xFFFF) {
+      if (_mm_movemask_epi8(_mm_cmplt_epi16(x, Set16(0x80))) != 0) break;  // mixed with ASCII
+      // Eight two-byte characters: lead and continuation in each lane.
+      Store(t, _mm_or_si128(_mm_or_si128(Set16(0x80C0), _mm_srli_epi16(x, 6)),
+                            _mm_slli_epi16(_mm_and_si128(x, Set16(0x3F)), 8)));
+      s += 8;
+      t += 16;
+      continue;
+    }
+    const __m128i surrogate = _mm_cmpeq_epi16(top, Set16(0xD800));
+    if (_mm_movemask_epi8(_mm_or_si128(small, surrogate)) != 0) break;
+    // Eight three-byte characters, built in 32-bit lanes and packed to six
+    // bytes per 64-bit lane.
+    for (const __m128i c : {_mm_unpacklo_epi16(x, zero), _mm_unpackhi_epi16(x, zero)}) {
+      const __m128i lanes = _mm_or_si128(
+          _mm_or_si128(Set32(0x8080E0), _mm_srli_epi32(c, 12)),
+          _mm_or_si128(_mm_and_si128(_mm_slli_epi32(c, 2), Set32(0x3F00)),
+                       _mm_and_si128(_mm_slli_epi32(c, 16), Set32(0x3F0000))));
+      const __m128i six = _mm_or_si128(_mm_and_si128(lanes, _mm_set1_epi64x(0xFFFFFF)),
+                                       _mm_srli_epi64(_mm_andnot_si128(_mm_set1_epi64x(0xFFFFFF), lanes), 8));
+      _mm_storel_epi64(reinterpret_cast<__m128i*>(t), six);
+      _mm_storel_epi64(reinterpret_cast<__m128i*>(t + 6), _mm_srli_si128(six, 8));
+      t += 12;
+    }
+    s += 8;
+  }
+  target = t;
+  return s;
+}
+
+#else
+
+constexpr bool kHaveVector = false;
+
+#endif
+
+}  // namespace FXUTFDetail
