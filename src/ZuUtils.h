@@ -4,6 +4,7 @@
 #include "ZuUtilsExport.h"
 #include "platform/TimeTypes.h"
 #include "platform/ZuTypes.h"
+#include "platform/Sid.h"
 
 #include "errors/CodeLocation.h"
 #include "errors/ErrorItem.h"
@@ -34,3 +35,6 @@
 #include "text/ZuString.h"
 
 #include "time/TimeStamp.h"
+
+#include "serialization/Bag.h"
+#include "serialization/SerializedBuffer.h"
