@@ -8,6 +8,7 @@
 #include "errors/ErrorUtil.h"
 #include "logging/ZuLogger.h"
 #include "platform/CompleteTypes.h"
+#include "serialization/TokenText.h"
 #include "serialization/TypeName.h"
 
 namespace {
@@ -77,6 +78,13 @@ CZuError CBagProvider::GetProperty(const std::string&, boost::any& value) {
 // ---- CBagPrivate ----
 
 CZuError CBagPrivate::Save(CSerializedBuffer* buffer) const {
+  if (buffer == nullptr) return FXErrorUtil::ErrorWin32(ZU_HERE("CBagPrivate::Save"), ERROR_INVALID_PARAMETER);
+  // Two headers and a short value per property, in one allocation; long
+  // strings grow the buffer as they come.
+  std::size_t estimate = 0;
+  for (const auto& property : m_properties) estimate += 64 + property.first.size();
+  CZuError reserved = buffer->Reserve(estimate);
+  if (reserved.IsError()) return reserved;
   for (const auto& property : m_properties) {
     CZuError result = AddToken(buffer, kPropertyName, property.first);
     if (!result) result = SaveValue(buffer, property.first, property.second);
@@ -92,17 +100,36 @@ CZuError CBagPrivate::LoadValue(DWORD id, const T& value) {
     return FXErrorUtil::ErrorWin32(ZU_HERE("CBagPrivate::LoadToken"), ERROR_INVALID_DATATYPE,
                                    "Property name was expected");
   try {
+    return StoreValue(boost::any(value));
+  } catch (const std::bad_alloc&) {
+    return OutOfMemory("CBagPrivate::LoadToken");
+  }
+}
+
+CZuError CBagPrivate::StoreValue(boost::any&& value) {
+  try {
     // Streams come in key order, so the end is the usual place.
     auto it = m_properties.lower_bound(m_pendingName);
     if (it != m_properties.end() && !m_properties.key_comp()(m_pendingName, it->first))
-      it->second = value;
+      it->second = std::move(value);
     else
-      m_properties.emplace_hint(it, std::move(m_pendingName), value);
+      m_properties.emplace_hint(it, std::move(m_pendingName), std::move(value));
   } catch (const std::bad_alloc&) {
     return OutOfMemory("CBagPrivate::LoadToken");
   }
   m_pendingName.clear();
   return CZuError::Success();
+}
+
+CZuError CBagPrivate::LoadItem(DWORD version, DWORD type, DWORD id, const char* payload, std::size_t length) {
+  if (id != kPropertyValue || m_pendingName.empty() || (type != 16 && type != 17))
+    return CSerializedBase::LoadItem(version, type, id, payload, length);
+  try {
+    if (type == 16) return StoreValue(std::string(payload, FXTokenText::TextLength(payload, length)));
+    return StoreValue(FXTokenText::ReadUtf16Le(reinterpret_cast<const unsigned char*>(payload), length));
+  } catch (const std::bad_alloc&) {
+    return OutOfMemory("CBagPrivate::LoadToken");
+  }
 }
 
 CZuError CBagPrivate::LoadToken(DWORD id, const GUID& value) { return LoadValue(id, value); }

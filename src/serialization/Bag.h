@@ -80,6 +80,8 @@ class ZUUTILS_API CBagPrivate : public CSerializedBase {
   // for property, PropertyName=%s"); a value (id 2) is stored under it,
   // Win32 1804 "Property name was expected" without one; id 3 fails with
   // 1630 "PropertyName=%s, Type=%s"; other ids 1608, which the parser skips.
+  // String values are moved into the map rather than copied.
+  CZuError LoadItem(DWORD version, DWORD type, DWORD id, const char* payload, std::size_t length) override;
   using CSerializedBase::LoadToken;
   CZuError LoadToken(DWORD id, const GUID& value) override;
   CZuError LoadToken(DWORD id, const FILETIME& value) override;
@@ -99,6 +101,8 @@ class ZUUTILS_API CBagPrivate : public CSerializedBase {
  private:
   template <class T>
   CZuError LoadValue(DWORD id, const T& value);
+  // Stores under the pending name, which it clears.
+  CZuError StoreValue(boost::any&& value);
 };
 
 class ZUUTILS_API CBag {

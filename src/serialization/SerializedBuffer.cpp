@@ -26,18 +26,39 @@ constexpr DWORD kTypeGuid = 39;
 constexpr DWORD kTypeLuid = 40;
 constexpr DWORD kTypeSid = 41;
 
-// "1.<id>.<type>.<length>." and its zero byte: at most 2 + 3 * 21 + 1.
-constexpr std::size_t kMaxHeader = 72;
+// "1.<id>.<type>.<length>." and its zero byte: at most 2 + 11 + 11 + 21 + 1.
+constexpr std::size_t kMaxHeader = 48;
+
+char* PutDecimal(char* p, unsigned long long value) {
+  // Ids and types are mostly one or two digits.
+  if (value < 10) {
+    *p++ = static_cast<char>('0' + value);
+    return p;
+  }
+  if (value < 100) {
+    *p++ = static_cast<char>('0' + value / 10);
+    *p++ = static_cast<char>('0' + value % 10);
+    return p;
+  }
+  char digits[20];
+  int n = 0;
+  do {
+    digits[n++] = static_cast<char>('0' + value % 10);
+    value /= 10;
+  } while (value != 0);
+  while (n != 0) *p++ = digits[--n];
+  return p;
+}
 
 std::size_t FormatHeader(char* out, DWORD id, DWORD type, std::size_t length) {
   char* p = out;
   *p++ = '1';
   *p++ = '.';
-  p = std::to_chars(p, out + kMaxHeader, id).ptr;
+  p = PutDecimal(p, id);
   *p++ = '.';
-  p = std::to_chars(p, out + kMaxHeader, type).ptr;
+  p = PutDecimal(p, type);
   *p++ = '.';
-  p = std::to_chars(p, out + kMaxHeader, static_cast<unsigned long long>(length)).ptr;
+  p = PutDecimal(p, length);
   *p++ = '.';
   *p++ = '\0';
   return static_cast<std::size_t>(p - out);
@@ -109,21 +130,34 @@ CZuError CSerializedBuffer::Reallocate(std::size_t needed) {
   return CZuError::Success();
 }
 
+CZuError CSerializedBuffer::Reserve(std::size_t bytes) {
+  if (m_data == nullptr) m_used = m_capacity = 0;  // the block went to another buffer
+  if (bytes <= m_capacity - m_used) return CZuError::Success();
+  CZuError result = Reallocate(bytes);
+  if (result.IsError()) result.Push(ZU_HERE("CSerializedBuffer::Reserve"));
+  return result;
+}
+
 CZuError CSerializedBuffer::BeginToken(DWORD id, DWORD type, std::size_t length, char*& payload) {
   if (m_data == nullptr) m_used = m_capacity = 0;  // the block went to another buffer
-  char header[kMaxHeader];
-  const std::size_t headerLength = FormatHeader(header, id, type, length);
-  if (length > SIZE_MAX - headerLength)
-    return FXErrorUtil::ErrorWin32(ZU_HERE("CSerializedBuffer::Reallocate"), ERROR_OUTOFMEMORY)
-        .Push(ZU_HERE("CSerializedBuffer::AddToken"));
-  const std::size_t needed = headerLength + length;
-  if (needed > m_capacity - m_used) {
-    CZuError result = Reallocate(needed);
-    if (result.IsError()) return result.Push(ZU_HERE("CSerializedBuffer::AddToken"));
+  std::size_t headerLength;
+  if (length <= m_capacity - m_used && kMaxHeader <= m_capacity - m_used - length) {
+    // Room for the longest header: formatted in place.
+    headerLength = FormatHeader(m_data + m_used, id, type, length);
+  } else {
+    char header[kMaxHeader];
+    headerLength = FormatHeader(header, id, type, length);
+    if (length > SIZE_MAX - headerLength)
+      return FXErrorUtil::ErrorWin32(ZU_HERE("CSerializedBuffer::Reallocate"), ERROR_OUTOFMEMORY)
+          .Push(ZU_HERE("CSerializedBuffer::AddToken"));
+    if (headerLength + length > m_capacity - m_used) {
+      CZuError result = Reallocate(headerLength + length);
+      if (result.IsError()) return result.Push(ZU_HERE("CSerializedBuffer::AddToken"));
+    }
+    std::memcpy(m_data + m_used, header, headerLength);
   }
-  std::memcpy(m_data + m_used, header, headerLength);
   payload = m_data + m_used + headerLength;
-  m_used += needed;
+  m_used += headerLength + length;
   return CZuError::Success();
 }
 

@@ -67,6 +67,10 @@ class ZUUTILS_API CSerializedBuffer {
   std::size_t GetBufferSize() const { return m_used; }
   std::size_t GetCapacity() const { return m_capacity; }
 
+  // Makes room for `bytes` more bytes at once, for a writer that knows
+  // roughly how much it will write. Out of memory: Win32 14.
+  CZuError Reserve(std::size_t bytes);
+
   // The Ascii85 text of the used bytes. When encoding fails, the line
   // "Encode failed, error=%s" is logged and the text is empty.
   std::string GetBufferAsString() const;

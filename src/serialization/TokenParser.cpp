@@ -122,7 +122,7 @@ CZuError CSerializedBase::LoadItem(DWORD, DWORD type, DWORD id, const char* payl
   using FXTokenText::ParseNumber;
   const char* const end = payload + length;
   // The text payloads without their terminator.
-  const std::size_t textLength = length != 0 && payload[length - 1] == '\0' ? length - 1 : length;
+  const std::size_t textLength = FXTokenText::TextLength(payload, length);
   try {
     switch (type) {
       case 0:

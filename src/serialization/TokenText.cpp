@@ -24,8 +24,6 @@ bool ReadHex(const char* p, int digits, std::uint32_t& value) {
   return true;
 }
 
-constexpr bool kWide16 = sizeof(wchar_t) == 2;
-
 }  // namespace
 
 bool ParseGuid(const char* text, std::size_t length, GUID& guid) {
@@ -75,23 +73,35 @@ bool ParseLuid(const char* text, std::size_t length, LUID& luid) {
   return true;
 }
 
-std::size_t Utf16Length(const std::wstring& text) {
-  if (kWide16) return text.size();
-  std::size_t units = text.size();
-  for (wchar_t c : text)
-    if (static_cast<std::uint32_t>(c) > 0xFFFF && static_cast<std::uint32_t>(c) <= 0x10FFFF) ++units;
-  return units;
+namespace {
+
+// UTF-16 text is copied unit by unit; wider text pairs up what lies beyond
+// U+FFFF. Templates, so that only the branch of this platform's wchar_t is
+// compiled.
+template <class Char>
+std::size_t UnitsOf(const std::basic_string<Char>& text) {
+  if constexpr (sizeof(Char) == 2) {
+    return text.size();
+  } else {
+    std::size_t units = text.size();
+    for (Char c : text)
+      if (static_cast<std::uint32_t>(c) > 0xFFFF && static_cast<std::uint32_t>(c) <= 0x10FFFF) ++units;
+    return units;
+  }
 }
 
-void WriteUtf16Le(const std::wstring& text, char* out) {
+template <class Char>
+void WriteUnits(const std::basic_string<Char>& text, char* out) {
   auto put = [&out](std::uint32_t unit) {
     *out++ = static_cast<char>(unit & 0xFF);
     *out++ = static_cast<char>(unit >> 8);
   };
-  for (wchar_t c : text) {
+  for (Char c : text) {
     const auto v = static_cast<std::uint32_t>(c);
-    if (kWide16 || v <= 0xFFFF) {
-      put(v & 0xFFFF);
+    if constexpr (sizeof(Char) == 2) {
+      put(v);
+    } else if (v <= 0xFFFF) {
+      put(v);
     } else if (v <= 0x10FFFF) {
       put(0xD800 + ((v - 0x10000) >> 10));
       put(0xDC00 + (v & 0x3FF));
@@ -101,25 +111,36 @@ void WriteUtf16Le(const std::wstring& text, char* out) {
   }
 }
 
-std::wstring ReadUtf16Le(const unsigned char* data, std::size_t size) {
+template <class Char>
+std::basic_string<Char> ReadUnits(const unsigned char* data, std::size_t size) {
   std::size_t units = size / 2;
   if (units != 0 && data[2 * units - 2] == 0 && data[2 * units - 1] == 0) --units;
-  std::wstring text;
+  std::basic_string<Char> text;
   text.resize(units);
   std::size_t n = 0;
   for (std::size_t i = 0; i < units; ++i) {
     std::uint32_t unit = data[2 * i] | static_cast<std::uint32_t>(data[2 * i + 1]) << 8;
-    if (!kWide16 && unit >= 0xD800 && unit < 0xDC00 && i + 1 < units) {
-      const std::uint32_t next = data[2 * i + 2] | static_cast<std::uint32_t>(data[2 * i + 3]) << 8;
-      if (next >= 0xDC00 && next < 0xE000) {
-        unit = 0x10000 + ((unit - 0xD800) << 10) + (next - 0xDC00);
-        ++i;
+    if constexpr (sizeof(Char) != 2) {
+      if (unit >= 0xD800 && unit < 0xDC00 && i + 1 < units) {
+        const std::uint32_t next = data[2 * i + 2] | static_cast<std::uint32_t>(data[2 * i + 3]) << 8;
+        if (next >= 0xDC00 && next < 0xE000) {
+          unit = 0x10000 + ((unit - 0xD800) << 10) + (next - 0xDC00);
+          ++i;
+        }
       }
     }
-    text[n++] = static_cast<wchar_t>(unit);
+    text[n++] = static_cast<Char>(unit);
   }
   text.resize(n);
   return text;
 }
+
+}  // namespace
+
+std::size_t Utf16Length(const std::wstring& text) { return UnitsOf(text); }
+
+void WriteUtf16Le(const std::wstring& text, char* out) { WriteUnits(text, out); }
+
+std::wstring ReadUtf16Le(const unsigned char* data, std::size_t size) { return ReadUnits<wchar_t>(data, size); }
 
 }  // namespace FXTokenText

@@ -42,6 +42,10 @@ T ParseNumber(const char* text, const char* end) {
   const std::uint64_t limit = std::is_signed<T>::value
                                   ? static_cast<std::uint64_t>(std::numeric_limits<T>::max()) + (negative ? 1 : 0)
                                   : static_cast<std::uint64_t>(std::numeric_limits<U>::max());
+  // Beyond cutoff (or at it with a digit above cutDigit) the value overflows;
+  // the constant bases let the divisions fold into shifts and multiplies.
+  const std::uint64_t cutoff = base == 10 ? limit / 10 : base == 16 ? limit >> 4 : limit >> 3;
+  const unsigned cutDigit = static_cast<unsigned>(base == 10 ? limit % 10 : base == 16 ? limit & 15 : limit & 7);
   std::uint64_t value = 0;
   bool overflow = false;
   for (; p != end; ++p) {
@@ -54,7 +58,7 @@ T ParseNumber(const char* text, const char* end) {
     else
       break;
     if (digit >= base) break;
-    if (value > (limit - digit) / base)
+    if (value > cutoff || (value == cutoff && digit > cutDigit))
       overflow = true;
     else
       value = value * base + digit;
@@ -65,6 +69,11 @@ T ParseNumber(const char* text, const char* end) {
   }
   const U magnitude = static_cast<U>(value);
   return static_cast<T>(negative ? static_cast<U>(U(0) - magnitude) : magnitude);
+}
+
+// The length of a text payload without its terminating zero byte.
+inline std::size_t TextLength(const char* payload, std::size_t length) {
+  return length != 0 && payload[length - 1] == '\0' ? length - 1 : length;
 }
 
 // The texts of FXString::AsString, read back; false for anything else
