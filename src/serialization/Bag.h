@@ -146,8 +146,9 @@ class ZUUTILS_API CBag {
   CZuError Add(const std::string& key, unsigned long long delta);
 
   // The stored value, or what its provider computes. An absent key fails
-  // with Win32 1168 "PropertyName=[%s]"; a provider's failure comes back with
-  // "CBag::ReadAny" pushed. The two-argument form clears `value` first.
+  // with Win32 1168 "PropertyName=[%s]", and so does a null provider; a
+  // provider's failure comes back with "CBag::ReadAny" pushed. The
+  // two-argument form clears `value` first.
   CZuError ReadAny(const std::string& key, boost::any& value) const;
   CZuError ReadAny(const std::string& key, boost::any& value, DWORD flags) const;
 
@@ -161,7 +162,8 @@ class ZUUTILS_API CBag {
   // unsigned long, long long, unsigned long long, std::string and
   // std::wstring fails with Win32 1804 "Bag value of type '%s' different
   // with expected type '<target>'". An absent key fails as ReadAny does,
-  // kReadTolerant or not.
+  // kReadTolerant or not. The stored type is tested and extracted in one
+  // step, so a value of a listed type always converts.
   CZuError Read(const std::string& key, int& out) const;
   CZuError Read(const std::string& key, unsigned int& out) const;
   CZuError Read(const std::string& key, long& out) const;

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "SerializationTestSupport.h"
+#include "support/CountingNew.h"
 #include "errors/ErrorUtil.h"
 #include "platform/CompleteTypes.h"
 #include "serialization/Bag.h"
@@ -329,6 +330,41 @@ TEST(Bag, LoadingNamesValuesAndStrayTokens) {
   EXPECT_TRUE(r.IsError());
   EXPECT_TRUE(Has(r, "CBag::LoadSerializedData"));
   EXPECT_TRUE(bag.allKeys().empty());
+}
+
+}  // namespace
+
+namespace {
+
+TEST(Bag, FailedAllocationsLoseNothing) {
+  // The Windows DLL keeps its own operator new: only the Linux run reaches
+  // the library's allocations.
+  if (kZuIsWindows) GTEST_SKIP() << "the library's allocations are counted on Linux only";
+  CBag bag;
+  bag.Write("a", 1);
+  const std::string value = "a value longer than the small-string buffer";
+  const std::string key = "b";
+  ZuTest::FailNextAllocation();
+  CZuError r = bag.Write(key, value);
+  EXPECT_TRUE(FXErrorUtil::IsWin32(r, ERROR_OUTOFMEMORY)) << r.AsString();
+  ZuTest::FailNextAllocation();
+  EXPECT_TRUE(bag.Write("a", 2).IsError());
+  EXPECT_EQ(std::list<std::string>{"a"}, bag.allKeys());
+  EXPECT_EQ(1, ReadAs<int>(bag, "a"));
+
+  std::string text = "unchanged";
+  ZuTest::FailNextAllocation();
+  r = bag.GetSerializedData(text);
+  EXPECT_TRUE(FXErrorUtil::IsWin32(r, ERROR_OUTOFMEMORY)) << r.AsString();
+  EXPECT_NE(std::string::npos, r.AsString().find("CBag::GetSerializedData"));
+  EXPECT_EQ("unchanged", text);
+
+  ASSERT_FALSE(bag.GetSerializedData(text).IsError());
+  ZuTest::FailNextAllocation();
+  r = bag.LoadSerializedData(text);
+  EXPECT_TRUE(FXErrorUtil::IsWin32(r, ERROR_OUTOFMEMORY)) << r.AsString();
+  ASSERT_FALSE(bag.LoadSerializedData(text).IsError());
+  EXPECT_EQ(1, ReadAs<int>(bag, "a"));
 }
 
 }  // namespace

@@ -325,4 +325,34 @@ TEST(SerializedBuffer, ManyTokensAndRandomGarbage) {
   }
 }
 
+// An object that saves a few tokens, for the context.
+class CPair : public CRecorder {
+ public:
+  CZuError Save(CSerializedBuffer* buffer) const override {
+    CZuError r = AddToken(buffer, 1, std::string("first"));
+    return r.IsError() ? r : AddToken(buffer, 2, 2u);
+  }
+};
+
+TEST(SerializedBuffer, ContextCarriesTheTextOfAnObject) {
+  CSerializedContext context;
+  EXPECT_EQ("", context.AsSerialized());
+  ASSERT_FALSE(context.Capture(CPair()).IsError());
+  EXPECT_EQ(Encoded(Token(1, 16, Z("first")) + Token(2, 33, Z("2"))), context.AsSerialized());
+  const CSerializedContext copy = context;
+  CRecorder recorder;
+  ASSERT_FALSE(copy.Restore(recorder).IsError());
+  EXPECT_EQ((std::vector<std::string>{"string:1:first", "u32:2:2"}), recorder.tokens);
+
+  const CZuError r = CSerializedContext("<~broken").Restore(recorder);
+  EXPECT_TRUE(r.IsError());
+  EXPECT_NE(std::string::npos, r.AsString().find("CSerializedContext::Restore"));
+
+  // DWORD reaches the unsigned int overload on both platforms.
+  CSerializedBase& base = recorder;
+  recorder.tokens.clear();
+  ASSERT_FALSE(base.LoadToken(4, static_cast<DWORD>(4000000000u)).IsError());
+  EXPECT_EQ(std::vector<std::string>{"u32:4:4000000000"}, recorder.tokens);
+}
+
 }  // namespace
