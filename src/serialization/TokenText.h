@@ -23,6 +23,14 @@ template <class T>
 T ParseNumber(const char* text, const char* end) {
   static_assert(std::is_integral<T>::value, "integers only");
   typedef std::make_unsigned_t<T> U;
+  static_assert(sizeof(T) >= 4, "at least 32 bits");
+  // The common case: a short plain decimal, which cannot overflow.
+  if (text != end && *text >= '1' && *text <= '9') {
+    std::uint32_t value = 0;
+    const char* q = text;
+    for (; q != end && q - text < 9 && *q >= '0' && *q <= '9'; ++q) value = value * 10 + static_cast<std::uint32_t>(*q - '0');
+    if (q == end || *q < '0' || *q > '9') return static_cast<T>(value);
+  }
   const char* p = text;
   while (p != end && (*p == ' ' || (*p >= '\t' && *p <= '\r'))) ++p;
   bool negative = false;
