@@ -4,6 +4,7 @@
 #include "ZuUtilsExport.h"
 #include "platform/TimeTypes.h"
 #include "platform/ZuTypes.h"
+#include "platform/Sid.h"
 
 #include "errors/CodeLocation.h"
 #include "errors/ErrorItem.h"
@@ -42,3 +43,5 @@
 #include "threads/SequentialTasks.h"
 #include "threads/TaskThread.h"
 #include "paths/Path.h"
+#include "serialization/Bag.h"
+#include "serialization/SerializedBuffer.h"

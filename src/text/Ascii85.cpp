@@ -11,12 +11,19 @@ namespace {
 
 constexpr std::uint32_t kPowers[5] = {52200625u, 614125u, 7225u, 85u, 1u};  // 85^4 ... 85^0
 
-// The five digits of a group value, most significant first.
+// The five digits of a group value, most significant first. The quotients
+// by each power of 85 are independent of one another, so they are computed
+// side by side instead of as a chain of five divisions.
 void WriteDigits(std::uint32_t value, char* digits) {
-  for (int k = 4; k >= 0; --k) {
-    digits[k] = static_cast<char>(value % 85 + '!');
-    value /= 85;
-  }
+  const std::uint32_t q1 = value / 85u;
+  const std::uint32_t q2 = value / 7225u;
+  const std::uint32_t q3 = value / 614125u;
+  const std::uint32_t q4 = value / 52200625u;
+  digits[0] = static_cast<char>(q4 + '!');
+  digits[1] = static_cast<char>(q3 - q4 * 85u + '!');
+  digits[2] = static_cast<char>(q2 - q3 * 85u + '!');
+  digits[3] = static_cast<char>(q1 - q2 * 85u + '!');
+  digits[4] = static_cast<char>(value - q1 * 85u + '!');
 }
 
 bool IsSkipped(unsigned char c) {
