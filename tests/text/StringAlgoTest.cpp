@@ -75,13 +75,20 @@ TEST(StringAlgo, SplitArgumentsKeepsQuotedRuns) {
   EXPECT_EQ((Strings{"copy", "\"C:\\My Files\\a b.txt\"", "D:\\x"}), out);
   FXString::SplitArguments("a \"b  c\" d", " ", out);
   EXPECT_EQ((Strings{"a", "\"b  c\"", "d"}), out);  // the run's own blanks are kept
-  FXString::SplitArguments("\"x\" \" y\" \"open end", " ", out);
-  EXPECT_EQ((Strings{"\"x\"", "\" y\"", "\"open end"}), out);
+  FXString::SplitArguments("\"x\" \"open end", " ", out);
+  EXPECT_EQ((Strings{"\"x\"", "\"open end"}), out);
   std::list<std::string> listed;
   FXString::SplitArguments("a  b", " ", listed, FXString::kSplitMergeDelimiters);
   EXPECT_EQ((std::list<std::string>{"a", "b"}), listed);
   FXString::SplitPaths("\"C:\\a;b\";D:\\c;;E:", ";", out);
   EXPECT_EQ((Strings{"\"C:\\a;b\"", "D:\\c", "", "E:"}), out);
+  // A lone quote both begins and ends with a quote: it opens nothing.
+  FXString::SplitArguments("a \" b c", " ", out);
+  EXPECT_EQ((Strings{"a", "\"", "b", "c"}), out);
+  FXString::SplitArguments("\" y\"", " ", out);
+  EXPECT_EQ((Strings{"\"", "y\""}), out);
+  FXString::SplitArguments("\"x y \" z", " ", out);
+  EXPECT_EQ((Strings{"\"x y \"", "z"}), out);
 }
 
 TEST(StringAlgo, AppendWithDelimiter) {
