@@ -160,7 +160,8 @@ class ZUUTILS_API CZuString {
   // Splits into tokens. Quotes are removed and keep delimiters inside them;
   // the escape character makes the next escape or quote character literal
   // (it does not protect a delimiter). Empty tokens are kept only when
-  // keepEmpty is set; a trailing delimiter then gives a last empty token.
+  // keepEmpty is set; a trailing delimiter then gives a last empty token,
+  // and so does a trailing '""'.
   void Tokenize(std::vector<CZuString>& out, char openQuote, char closeQuote, char escape, char delimiter,
                 bool keepEmpty) const;
   // Any character of `delimiters` separates (null: none does).

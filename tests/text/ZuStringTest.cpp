@@ -252,6 +252,13 @@ TEST(ZuString, TokenizeQuotesEscapesAndEmptyTokens) {
   EXPECT_EQ((Strings{"a"}), Texts(out));
   CZuString().Tokenize(out, '"', '"', '\\', ',', true);
   EXPECT_TRUE(out.empty());
+  // A quoted empty token is a token like any other, also the last one.
+  CZuString("a,\"\"").Tokenize(out, '"', '"', '\\', ',', true);
+  EXPECT_EQ((Strings{"a", ""}), Texts(out));
+  CZuString("\"\"").Tokenize(out, '"', '"', '\\', ',', true);
+  EXPECT_EQ((Strings{""}), Texts(out));
+  CZuString("\"\",\"\"").Tokenize(out, '"', '"', '\\', ',', false);
+  EXPECT_TRUE(out.empty());
 
   CZuString("a b;c").Tokenize(out, '"', '"', '\\', " ;", false);
   EXPECT_EQ((Strings{"a", "b", "c"}), Texts(out));
