@@ -289,6 +289,8 @@ CZuString CZuString::SubStr(std::size_t start, std::size_t count) const {
   CZuString part;
   if (start >= m_length) return part;
   const std::size_t rest = m_length - start;
+  // The count is a 32-bit int: its high half is not part of it.
+  count = static_cast<std::uint32_t>(count);
   if (IsNegative32(count) || count > rest) count = rest;
   if (count > 0) part.AssignExact(m_buffer + start, count);
   return part;

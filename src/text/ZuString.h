@@ -109,8 +109,8 @@ class ZUUTILS_API CZuString {
   char operator[](int index) const;
   char operator[](std::size_t index) const;
   CZuString operator()(std::size_t start, std::size_t count) const { return SubStr(start, count); }
-  // Empty when start is at or beyond the end; a count whose low 32 bits are
-  // negative (as -1 is) means up to the end.
+  // Empty when start is at or beyond the end. Only the count's low 32 bits
+  // count: read as a negative int (as -1 is) they mean up to the end.
   CZuString SubStr(std::size_t start, std::size_t count) const;
 
   // Case-sensitive byte comparison.
