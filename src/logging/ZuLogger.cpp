@@ -300,7 +300,8 @@ void CZuLogger::LogMessageV(int level, const char* function, unsigned long line,
 
 void CZuLogger::LogMessageV(int level, const char* function, unsigned long line, long long jobId,
                             const char* context, const char* format, va_list args) {
-  if (!IsInitialized() || level > GetDebugLevel()) return;
+  // -1 is the level of alarms, which pass whatever the debug level.
+  if (!IsInitialized() || (level != -1 && level > GetDebugLevel())) return;
   WriteFormatted(level, function, line, jobId, context, format, args);
 }
 
@@ -711,9 +712,10 @@ void CZuLogger::SetLogfileParams(int maxVersions, unsigned long long sizeMiB, in
   SetMaxVersions(maxVersions);
   SetLogFileSize(sizeMiB);
   SetRetainLogsTill(retainLogsTill);
-  // Wider columns than a 64-bit number needs would only eat the line.
-  if (jobIdWidth > 0) m_jobIdWidth.store(std::min(jobIdWidth, kMaxColumnWidth), std::memory_order_relaxed);
-  if (threadIdWidth > 0) m_threadIdWidth.store(std::min(threadIdWidth, kMaxColumnWidth), std::memory_order_relaxed);
+  // The columns only grow, so that the lines of a file stay aligned; wider
+  // than a 64-bit number needs would only eat the line.
+  if (jobIdWidth > 0) GrowTo(m_jobIdWidth, std::min(jobIdWidth, kMaxColumnWidth));
+  if (threadIdWidth > 0) GrowTo(m_threadIdWidth, std::min(threadIdWidth, kMaxColumnWidth));
 }
 
 void CZuLogger::SetPlaceHolderForPreMessage(bool on) { m_placeHolder.store(on, std::memory_order_relaxed); }

@@ -96,7 +96,8 @@ class ZUUTILS_API CZuLogger {
                       bool keepLogFileOpen = false, const std::string& productName = std::string());
   bool IsInitialized() const { return m_initialized.load(std::memory_order_acquire); }
 
-  // A line is written when its level is not above the debug level. The forms
+  // A line is written when its level is not above the debug level; level -1
+  // (the alarms) is written whatever the debug level. The forms
   // without a job id log with kNoJobId; LogMessage(text) logs the text at
   // level 0 without function or context.
   void LogMessage(int level, const char* function, unsigned long line, const char* context, const char* format,
@@ -130,7 +131,8 @@ class ZUUTILS_API CZuLogger {
   void SetRetainLogsTill(int days);
   void SetKeepLogFileOpen(bool keepOpen);
   bool GetKeepLogFileOpen() const;
-  // Column widths of 0 or less leave the current width; at most 32.
+  // Column widths only grow: one of 0 or less, or narrower than the current
+  // width, leaves it; at most 32.
   void SetLogfileParams(int maxVersions, unsigned long long sizeMiB, int retainLogsTill, int jobIdWidth,
                         int threadIdWidth);
   // Empty function and context fields still print "(line) - " and "[ ] ".
