@@ -188,9 +188,9 @@ class ZUUTILS_API CZuLogger {
                       const char* format, va_list args);
   CZuError Route(const char* data, std::size_t size, TWriteReport& report);
   CZuError WriteToFile(const char* data, std::size_t size, TWriteReport& report);
-  CZuError LockLockfile(TWriteReport& report);
+  CZuError LockLockfile(TWriteReport& report, bool& abandoned);
   void UnlockLockfile();
-  CZuError WriteLocked(const char* data, std::size_t size, TWriteReport& report);
+  CZuError WriteLocked(const char* data, std::size_t size, bool abandoned, TWriteReport& report);
   CZuError WriteHeader();
   CZuError RollOver(unsigned long long size, TWriteReport& report);
   void PruneRolledFiles();
