@@ -5,7 +5,12 @@
 // and appended under the module's cross-process lock, which also covers
 // opening the file, writing the header block of a new file, checking the
 // size and rolling the file over, so that no line is torn or lost and no two
-// processes roll the same file.
+// processes roll the same file. The lock is released on every path out of a
+// write, exceptions included, and never taken twice: a line that a thread
+// logs from inside a write (the result object's report of an item lost to
+// an allocation failure, say) is written right after that write. A writer
+// that died holding the lock may have left half a line; the next line then
+// starts on a line of its own.
 //
 // Line layout (columns separated by one blank):
 //   pid  thread-id(hex)  MM/DD hh:mm:ss  job  [#LgLvlN#][prefix ]function(line) - [context ]message
