@@ -56,7 +56,9 @@ std::basic_string<Char> Conversion(Slot slot, Reader& in, bool wide) {
   if ((f & 4) && isSigned && !isChar) spec += ' ';
   if ((f & 8) && (isFloat || slot == kUnsigned || slot == kULongLong)) spec += '#';
   if ((f & 16) && !isString && !isChar) spec += '0';
-  if (w != 0) spec += std::to_string(w < 200 ? w : (w - 200) * 2500u);
+  // Mostly narrow; a few widths land around the last buffer's size, where
+  // a text either just fits or is cut.
+  if (w != 0) spec += std::to_string(w < 248 ? w : 0x20000u - 1024 + (w - 248) * 300u);
   if (p != 0 && !isChar) spec += "." + std::to_string(p - 1);
   switch (slot) {
     case kInt: spec += isChar ? "c" : (c % 3 == 0 ? "d" : "i"); break;
@@ -161,10 +163,14 @@ void Wide(Reader& in) {
   for (std::uint8_t n = in.Byte() % 40; n > 0; --n) s += static_cast<wchar_t>(in.Byte() | 1);
   for (std::uint8_t n = in.Byte() % 40; n > 0; --n) s2 += static_cast<wchar_t>(in.Byte() | 1);
 
-  // vswprintf does not report the length it needs: one buffer larger than
-  // any text the formats above can make.
-  std::vector<wchar_t> buffer(1 << 21);
-  const int n = std::swprintf(buffer.data(), buffer.size(), fmt.c_str(), i, ll, d, s.c_str(), u, ull, d2, s2.c_str());
+  // vswprintf does not report the length it needs: grow until it fits (the
+  // formats above make at most eight widths of about 131072).
+  std::vector<wchar_t> buffer(4096);
+  int n = -1;
+  while ((n = std::swprintf(buffer.data(), buffer.size(), fmt.c_str(), i, ll, d, s.c_str(), u, ull, d2,
+                            s2.c_str())) < 0 &&
+         buffer.size() < (1u << 21))
+    buffer.resize(buffer.size() * 8);
   if (n < 0) return;
   const std::wstring full(buffer.data(), static_cast<std::size_t>(n));
 
