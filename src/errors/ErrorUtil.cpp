@@ -137,8 +137,11 @@ ZU_ERROR_DOMAINS(ZU_DEFINE_DOMAIN_FUNCTIONS)
 
 // The module of an event-message code is bits 16 to 25.
 int GetEventMessage(const CZuError& r, unsigned long module) {
+  // A code that does not fail carries no message: 0. Local number 0 of
+  // another module is no message of this one.
+  if (r.GetErrorCode() >= 0) return 0;
   const int id = GetEventMessage(r);
-  if (id <= 0) return id == 0 ? 0 : -1;
+  if (id < 0) return -1;
   return ((Bits(r.GetErrorCode()) >> 16) & 0x3FFu) == module ? id : -1;
 }
 

@@ -118,9 +118,12 @@ boost::shared_ptr<CLogWriterInterface> CreateDefaultLogWriter(const std::string&
   } catch (const std::bad_alloc&) {
     // The writer then drops everything.
   }
-  if (logger)
-    logger->Initialize(appName, directory.empty() ? FXPlatform::TempDirectory() : directory, 2, keepLogFileOpen,
-                       productName);
+  // A logger that could not start would drop every line while claiming
+  // debug level 2: the writer then holds none and says 0.
+  if (logger && logger->Initialize(appName, directory.empty() ? FXPlatform::TempDirectory() : directory, 2,
+                                   keepLogFileOpen, productName)
+                    .IsError())
+    logger.reset();
   return boost::make_shared<CLogWriterDefault>(std::move(logger));
 }
 

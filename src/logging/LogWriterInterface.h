@@ -99,8 +99,9 @@ class ZUUTILS_API CLogWriterInterfaceThreadWrapper
 // The default writer: a CZuLogger of its own, initialised with the module
 // name and folder (an empty folder is the system's temporary folder). The
 // four-argument form also sets whether the file stays open between lines
-// and the product text of the header. When no logger can be had, the writer
-// drops everything.
+// and the product text of the header. When no logger can be had, or it
+// cannot be initialised, the writer drops everything and reports debug
+// level 0.
 ZUUTILS_API boost::shared_ptr<CLogWriterInterface> CreateDefaultLogWriter(const char* appName);
 ZUUTILS_API boost::shared_ptr<CLogWriterInterface> CreateDefaultLogWriter(const std::string& directory,
                                                                           const std::string& appName);

@@ -70,11 +70,6 @@ TPlatformInformation& PlatformInformation() {
   return *information;
 }
 
-const std::string& ProcessField() {
-  static const std::string field = FXString::Format("%-*ld ", 5, static_cast<long>(FXPlatform::CurrentProcessId()));
-  return field;
-}
-
 // "EVDEBUG_GLOBAL_PREFIX", read once per process, as its field.
 const std::string& GlobalPrefixField() {
   static const std::string field = [] {
@@ -202,6 +197,50 @@ TLoggingServiceWrite LoggingService() {
   return g_service;
 }
 
+// Lines that a thread logs while it holds a log's lock (such as the report
+// of a result that lost an item to an allocation failure under it) wait
+// here until the lock is released: taking a log's lock from inside another
+// write could wait for ourselves. A fixed buffer, because such lines come
+// when memory is short; what does not fit is dropped.
+struct TDeferredLines {
+  int locksHeld = 0;
+  std::size_t used = 0;
+  char data[8192];
+};
+thread_local TDeferredLines t_deferred;
+
+// Each entry: the logger, the text's length, the text and a NUL.
+void Defer(CZuLogger* logger, const char* text, std::size_t length) {
+  TDeferredLines& deferred = t_deferred;
+  const std::size_t need = sizeof logger + sizeof length + length + 1;
+  if (need > sizeof deferred.data - deferred.used) return;
+  char* at = deferred.data + deferred.used;
+  std::memcpy(at, &logger, sizeof logger);
+  std::memcpy(at + sizeof logger, &length, sizeof length);
+  std::memcpy(at + sizeof logger + sizeof length, text, length);
+  at[sizeof logger + sizeof length + length] = '\0';
+  deferred.used += need;
+}
+
+// Writes what waited, once this thread holds no log's lock and no critical
+// section.
+void WriteDeferred() {
+  TDeferredLines& deferred = t_deferred;
+  if (deferred.locksHeld > 0 || deferred.used == 0) return;
+  char pending[sizeof deferred.data];
+  const std::size_t used = deferred.used;
+  std::memcpy(pending, deferred.data, used);
+  deferred.used = 0;
+  for (std::size_t at = 0; at < used;) {
+    CZuLogger* logger = nullptr;
+    std::size_t length = 0;
+    std::memcpy(&logger, pending + at, sizeof logger);
+    std::memcpy(&length, pending + at + sizeof logger, sizeof length);
+    logger->logMessages(pending + at + sizeof logger + sizeof length);
+    at += sizeof logger + sizeof length + length + 1;
+  }
+}
+
 void WriteHookLine(int level, const char* function, unsigned int line, const char* format, va_list args) {
   CZuLogger::GetGlobalInstance().LogMessageV(level, function, line, 0LL, nullptr, format, args);
 }
@@ -300,7 +339,8 @@ void CZuLogger::LogMessageV(int level, const char* function, unsigned long line,
 
 void CZuLogger::LogMessageV(int level, const char* function, unsigned long line, long long jobId,
                             const char* context, const char* format, va_list args) {
-  if (!IsInitialized() || level > GetDebugLevel()) return;
+  // -1 is the level of alarms, which pass whatever the debug level.
+  if (!IsInitialized() || (level != -1 && level > GetDebugLevel())) return;
   WriteFormatted(level, function, line, jobId, context, format, args);
 }
 
@@ -308,7 +348,8 @@ std::size_t CZuLogger::BuildLine(char* buffer, std::size_t capacity, int level, 
                                  unsigned long line, long long jobId, const char* context, const char* format,
                                  va_list args, bool& complete) {
   CLineText text(buffer, capacity);
-  text.Append(ProcessField());
+  // Printed for every line: a child made by fork() has an id of its own.
+  text.Printf("%-*ld ", 5, static_cast<long>(FXPlatform::CurrentProcessId()));
 
   int width = m_threadIdWidth.load(std::memory_order_relaxed);
   std::size_t before = text.Size();
@@ -443,19 +484,32 @@ CZuError CZuLogger::Route(const char* data, std::size_t size, TWriteReport& repo
 }
 
 CZuError CZuLogger::WriteToFile(const char* data, std::size_t size, TWriteReport& report) {
-  CZuError result = LockLockfile(report);
+  if (t_deferred.locksHeld > 0) {
+    // Without its line end, as logMessages takes it.
+    Defer(this, data, size >= 2 ? size - 2 : 0);
+    return CZuError::Success();
+  }
+  bool abandoned = false;
+  CZuError result = LockLockfile(report, abandoned);
   if (result.IsError()) return result;
-  result = WriteLocked(data, size, report);
-  UnlockLockfile();
-  return result;
+  // Released on every path: an exception that skipped the release would
+  // leave every writer of the module waiting out the time-out.
+  ++t_deferred.locksHeld;
+  struct TRelease {
+    CZuLogger* logger;
+    ~TRelease() {
+      --t_deferred.locksHeld;
+      logger->UnlockLockfile();
+    }
+  } release{this};
+  return WriteLocked(data, size, abandoned, report);
 }
 
-CZuError CZuLogger::LockLockfile(TWriteReport& report) {
+CZuError CZuLogger::LockLockfile(TWriteReport& report, bool& abandoned) {
   const FXCodeLocation here = ZU_HERE("CZuLogger::LockLockfile");
   if (!IsInitialized())
     return Failed(FXErrorUtil::ErrorWin32(here, ERROR_INVALID_HANDLE), here, report.texts,
                   "Uninitialized CZuLogger object");
-  bool abandoned = false;
   CZuError result = m_lock->Acquire(kLockTimeoutMs, abandoned);
   if (!result) return result;
   if (FXErrorUtil::IsWin32(result, WAIT_TIMEOUT))
@@ -466,7 +520,7 @@ CZuError CZuLogger::LockLockfile(TWriteReport& report) {
 
 void CZuLogger::UnlockLockfile() { m_lock->Release(); }
 
-CZuError CZuLogger::WriteLocked(const char* data, std::size_t size, TWriteReport& report) {
+CZuError CZuLogger::WriteLocked(const char* data, std::size_t size, bool abandoned, TWriteReport& report) {
   const FXCodeLocation here = ZU_HERE("CZuLogger::logMessages");
   const char* path = m_logFilePath.c_str();
   const char* module = m_appName.c_str();
@@ -502,6 +556,9 @@ CZuError CZuLogger::WriteLocked(const char* data, std::size_t size, TWriteReport
   }
   if (offset == 0 && WriteHeader().IsError())
     report.texts.push_back(FXString::Format("Failed writing log header to log [%s] Module [%s]", path, module));
+  // A writer that died holding the lock may have left half a line: start
+  // this one on a line of its own.
+  if (abandoned && !m_file->EndsWithLineFeed(offset)) m_file->Write("\r\n", 2);
 
   result = m_file->Write(data, size);
   if (result.IsError()) {
@@ -624,6 +681,7 @@ void CZuLogger::PruneRolledFiles() {
 }
 
 void CZuLogger::Deliver(const TWriteReport& report) {
+  WriteDeferred();
   for (const std::string& text : report.texts) Report(text);
   if (report.rolledOver && m_appName != "LoggingStatistics") {
     // Said through the process's main log; a process that has none says it
@@ -637,6 +695,14 @@ void CZuLogger::Deliver(const TWriteReport& report) {
 }
 
 void CZuLogger::Report(const std::string& text) {
+  // A callback that logs, while the fault lasts, fails and is called again:
+  // a report made from inside a report is dropped.
+  thread_local bool reporting = false;
+  if (reporting) return;
+  reporting = true;
+  struct TDone {
+    ~TDone() { reporting = false; }
+  } done;
   LogMessageSyslog(text.c_str());
   if (g_logToStderr.load(std::memory_order_relaxed)) std::fprintf(stderr, "%s\n", text.c_str());
 }
@@ -711,9 +777,10 @@ void CZuLogger::SetLogfileParams(int maxVersions, unsigned long long sizeMiB, in
   SetMaxVersions(maxVersions);
   SetLogFileSize(sizeMiB);
   SetRetainLogsTill(retainLogsTill);
-  // Wider columns than a 64-bit number needs would only eat the line.
-  if (jobIdWidth > 0) m_jobIdWidth.store(std::min(jobIdWidth, kMaxColumnWidth), std::memory_order_relaxed);
-  if (threadIdWidth > 0) m_threadIdWidth.store(std::min(threadIdWidth, kMaxColumnWidth), std::memory_order_relaxed);
+  // The columns only grow, so that the lines of a file stay aligned; wider
+  // than a 64-bit number needs would only eat the line.
+  if (jobIdWidth > 0) GrowTo(m_jobIdWidth, std::min(jobIdWidth, kMaxColumnWidth));
+  if (threadIdWidth > 0) GrowTo(m_threadIdWidth, std::min(threadIdWidth, kMaxColumnWidth));
 }
 
 void CZuLogger::SetPlaceHolderForPreMessage(bool on) { m_placeHolder.store(on, std::memory_order_relaxed); }

@@ -5,7 +5,12 @@
 // and appended under the module's cross-process lock, which also covers
 // opening the file, writing the header block of a new file, checking the
 // size and rolling the file over, so that no line is torn or lost and no two
-// processes roll the same file.
+// processes roll the same file. The lock is released on every path out of a
+// write, exceptions included, and never taken twice: a line that a thread
+// logs from inside a write (the result object's report of an item lost to
+// an allocation failure, say) is written right after that write. A writer
+// that died holding the lock may have left half a line; the next line then
+// starts on a line of its own.
 //
 // Line layout (columns separated by one blank):
 //   pid  thread-id(hex)  MM/DD hh:mm:ss  job  [#LgLvlN#][prefix ]function(line) - [context ]message
@@ -96,7 +101,8 @@ class ZUUTILS_API CZuLogger {
                       bool keepLogFileOpen = false, const std::string& productName = std::string());
   bool IsInitialized() const { return m_initialized.load(std::memory_order_acquire); }
 
-  // A line is written when its level is not above the debug level. The forms
+  // A line is written when its level is not above the debug level; level -1
+  // (the alarms) is written whatever the debug level. The forms
   // without a job id log with kNoJobId; LogMessage(text) logs the text at
   // level 0 without function or context.
   void LogMessage(int level, const char* function, unsigned long line, const char* context, const char* format,
@@ -130,7 +136,8 @@ class ZUUTILS_API CZuLogger {
   void SetRetainLogsTill(int days);
   void SetKeepLogFileOpen(bool keepOpen);
   bool GetKeepLogFileOpen() const;
-  // Column widths of 0 or less leave the current width; at most 32.
+  // Column widths only grow: one of 0 or less, or narrower than the current
+  // width, leaves it; at most 32.
   void SetLogfileParams(int maxVersions, unsigned long long sizeMiB, int retainLogsTill, int jobIdWidth,
                         int threadIdWidth);
   // Empty function and context fields still print "(line) - " and "[ ] ".
@@ -186,9 +193,9 @@ class ZUUTILS_API CZuLogger {
                       const char* format, va_list args);
   CZuError Route(const char* data, std::size_t size, TWriteReport& report);
   CZuError WriteToFile(const char* data, std::size_t size, TWriteReport& report);
-  CZuError LockLockfile(TWriteReport& report);
+  CZuError LockLockfile(TWriteReport& report, bool& abandoned);
   void UnlockLockfile();
-  CZuError WriteLocked(const char* data, std::size_t size, TWriteReport& report);
+  CZuError WriteLocked(const char* data, std::size_t size, bool abandoned, TWriteReport& report);
   CZuError WriteHeader();
   CZuError RollOver(unsigned long long size, TWriteReport& report);
   void PruneRolledFiles();

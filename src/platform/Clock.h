@@ -14,11 +14,12 @@ namespace FXPlatform {
 // the nanoseconds of CLOCK_REALTIME truncated to 100 ns on POSIX).
 ZUUTILS_API long long FileTimeNow();
 
-// The local time of a UTC instant under the system's current zone
-// settings, with the daylight-saving rule of the instant's own date (on
-// Windows SystemTimeToTzSpecificLocalTime, on POSIX localtime_r, which
-// reads TZ once per process). An instant the system cannot convert (before
-// 1601 on Windows) is returned unchanged, as UTC.
+// The local time of a UTC instant: the zone's offset from UTC as it is now
+// (daylight saving included when it applies today) added to any instant,
+// whatever its own date. This is the operating system's local file-time
+// conversion (FileTimeToLocalFileTime on Windows; the offset of localtime_r
+// of the current time on POSIX, with TZ read once per process). The sum
+// wraps in 64 bits.
 ZUUTILS_API long long UtcToLocalFileTime(long long utc);
 
 struct TLocalTime {

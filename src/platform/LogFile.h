@@ -1,18 +1,20 @@
 // A log file that several processes append to, each under the same
 // CProcessLock. Every call but CanAppend is made while holding that lock.
 //
-// Windows: the file is opened with read, write and delete sharing, so that a
-// process can rename it (roll it over) while others keep it open. A process
-// that keeps the file open learns that it was renamed by comparing the size
-// of its handle with the size of the file at the path.
+// Windows: the file is opened for appending only (FILE_APPEND_DATA), so that
+// every write lands at the end whatever another process wrote meanwhile,
+// with read, write and delete sharing, so that a process can rename it (roll
+// it over) while others keep it open. A process that keeps the file open
+// learns that it was renamed or replaced by comparing the identity of its
+// handle (volume serial number and file index) with the file's at the path.
 //
 // Linux: the file is opened for appending (O_APPEND), and the lock's shared
 // words hold the file's current size and a count of roll-overs. A process
 // that keeps the file open therefore appends a line with a single write:
 // seek and size come from the shared words, and a changed count tells it
-// that another process renamed the file. (A file deleted behind the
-// writers' backs is noticed when it is next opened; a process that keeps it
-// open goes on writing the deleted file until it closes it.)
+// that another process renamed the file. A file deleted or replaced behind
+// the writers' backs (logrotate, an administrator) is noticed before each
+// write by comparing the device and inode at the path with the open file's.
 #pragma once
 
 #include <string>
@@ -39,6 +41,9 @@ class ZUUTILS_API CLogFile {
   CZuError SeekToEnd(unsigned long long& offset);
   CZuError Write(const char* data, std::size_t size);
   CZuError GetSize(unsigned long long& size);
+  // Whether the file of `size` bytes ends with a line feed (or is empty);
+  // false also when its last byte cannot be read.
+  bool EndsWithLineFeed(unsigned long long size);
   // Fails where the file system keeps no creation time.
   CZuError GetCreationTime(TLocalTime& out);
   // After this process renamed the file away: closes it and tells the other
@@ -58,6 +63,9 @@ class ZUUTILS_API CLogFile {
   unsigned long long* m_shared = nullptr;  // the lock's shared words (Linux)
   unsigned long long m_key = 0;            // which path the shared words describe
   unsigned long long m_generation = 0;     // the roll-over count seen at opening
+  // Which file is open: device and inode, or volume serial number and file
+  // index.
+  unsigned long long m_identity[2] = {};
 };
 
 }  // namespace FXPlatform

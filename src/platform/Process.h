@@ -9,6 +9,7 @@
 
 namespace FXPlatform {
 
+// Both are right in a child made by fork() too.
 ZUUTILS_API unsigned long CurrentProcessId();
 // GetCurrentThreadId() on Windows, the kernel's thread id (gettid) on Linux:
 // the number that tools such as ps and top show, not a pthread_t.

@@ -18,8 +18,14 @@ struct TSystemError {
 // can overwrite them.
 ZUUTILS_API TSystemError LastSystemError();
 
-// On POSIX: the nearest Win32 code and the C runtime number for an errno.
+// The nearest Win32 code and the Microsoft C runtime's number for an errno
+// (on Windows the runtime's errno already is that number). Both platforms
+// share one table, so a C runtime failure reads the same everywhere.
 ZUUTILS_API TSystemError FromErrno(int nativeErrno);
+
+// That table, keyed by the Microsoft C runtime's errno numbers; codes it
+// does not list become ERROR_GEN_FAILURE (31).
+DWORD Win32FromCrtErrno(int crtErrno);
 
 // A failing result with the Win32 code. Its root cause is the Win32 item, so
 // users read the same line on every platform; on POSIX an ErrNo item on top

@@ -1,10 +1,19 @@
-// What CZuCRC32 and CZuCRC64 share: the self-test text, little-endian loads
+// What CZuCRC32 and CZuCRC64 share: the self-test text, little-endian loads,
 // the processor check for the carry-less multiplication paths and the
 // dispatch between them and slicing-by-8.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+
+// The carry-less folding is x86-64 code (PCLMULQDQ and SSSE3 intrinsics, the
+// compiler's processor check); every other target, and a build that asks
+// for the portable routines (ZU_PORTABLE), compiles slicing-by-8 only.
+#if !defined(ZU_PORTABLE) && (defined(__x86_64__) || defined(_M_X64)) && defined(__GNUC__)
+#define ZU_CRC_CARRYLESS 1
+#else
+#define ZU_CRC_CARRYLESS 0
+#endif
 
 namespace FXCrcSupport {
 
@@ -26,6 +35,7 @@ inline std::uint64_t Load64BE(const unsigned char* p) {
   return value;
 }
 
+#if ZU_CRC_CARRYLESS
 // PCLMULQDQ and SSSE3 (byte shuffles), asked once per process; the
 // initialisation of a function-local static is thread-safe.
 inline bool HasCarrylessMultiply() {
@@ -50,5 +60,6 @@ Register UpdateFastest(Register crc, const unsigned char* p, std::size_t n) {
   }
   return Sliced(crc, p, n);
 }
+#endif
 
 }  // namespace FXCrcSupport

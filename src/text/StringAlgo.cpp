@@ -134,7 +134,8 @@ void KeepQuotedRuns(Container& tokens, const std::string& delimiter) {
   auto it = tokens.begin();
   while (it != tokens.end()) {
     const std::string& token = *it;
-    const bool opens = !token.empty() && token.front() == '"' && (token.size() == 1 || token.back() != '"');
+    // A lone quote begins and ends with one, so it opens nothing.
+    const bool opens = token.size() > 1 && token.front() == '"' && token.back() != '"';
     auto next = std::next(it);
     if (opens) {
       while (next != tokens.end()) {

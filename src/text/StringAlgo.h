@@ -83,7 +83,7 @@ ZUUTILS_API void Split(const std::wstring& text, const std::wstring& delimiter, 
                        unsigned int flags = 0);
 
 // As Split, and a token that begins with a double quote and does not end
-// with one (a lone quote counts as opening) is joined with the following
+// with one (a lone quote does both, so it opens nothing) is joined with the following
 // tokens, the delimiter put back between them, up to one that ends with a
 // double quote (or the end of the text). The quotes stay in the token:
 // 'a "b c" d' on ' ' gives 'a', '"b c"', 'd'.

@@ -38,11 +38,12 @@ CZuError FormatArgListT(std::basic_string<Char>& out, const Char* fmt, va_list a
     buffer.resize(size);
     va_list copy;
     va_copy(copy, args);
-    // One character less than the buffer, so the terminator always fits.
-    const int n = FormatInto(buffer.data(), size - 1, fmt, copy);
+    // Room for one character less than the buffer, so that the terminator
+    // always fits.
+    const int n = FormatInto(buffer.data(), size, fmt, copy);
     va_end(copy);
     buffer[size - 1] = Char();
-    const bool fits = n >= 0 && static_cast<std::size_t>(n) < size - 1;
+    const bool fits = n >= 0 && static_cast<std::size_t>(n) < size;
     if (fits) {
       out.assign(buffer.data());
       return CZuError::Success();
@@ -51,7 +52,7 @@ CZuError FormatArgListT(std::basic_string<Char>& out, const Char* fmt, va_list a
     if (n > 0) {
       // The exact need is known: jump to the first size of the sequence
       // that holds it, or to the last one.
-      const std::size_t need = static_cast<std::size_t>(n) + 2;
+      const std::size_t need = static_cast<std::size_t>(n) + 1;
       while (size < need && size < kLimit) size += kGrowBy;
     } else {
       size += kGrowBy;

@@ -155,11 +155,18 @@ CZuError CZuUTFOSAPI::mktemp(char* nameTemplate) {
   return CopyOut(name, nameTemplate, room, nullptr, nullptr, ZU_OSAPI("mktemp"));
 }
 
-CZuError CZuUTFOSAPI::open(const char* fileName, int openFlag, int* fd) { return open2(fileName, openFlag, 0, fd); }
+// A file that open creates is one its owner may read and write:
+// _S_IREAD | _S_IWRITE on Windows, 0666 less the umask on POSIX.
+constexpr int kCreateMode = kZuIsWindows ? 0x0180 : 0666;
+
+CZuError CZuUTFOSAPI::open(const char* fileName, int openFlag, int* fd) {
+  if (fileName == nullptr || fd == nullptr) return Invalid(ZU_OSAPI("open"));
+  return Passed(FXPlatform::CrtOpen(fileName, openFlag, kCreateMode, *fd), ZU_OSAPI("open"));
+}
 
 CZuError CZuUTFOSAPI::open2(const char* fileName, int openFlag, int mode, int* fd) {
-  if (fileName == nullptr || fd == nullptr) return Invalid(ZU_OSAPI("open"));
-  return Passed(FXPlatform::CrtOpen(fileName, openFlag, mode, *fd), ZU_OSAPI("open"));
+  if (fileName == nullptr || fd == nullptr) return Invalid(ZU_OSAPI("open2"));
+  return Passed(FXPlatform::CrtOpen(fileName, openFlag, mode, *fd), ZU_OSAPI("open2"));
 }
 
 CZuError CZuUTFOSAPI::remove(const char* path) {

@@ -54,6 +54,8 @@ class ZUUTILS_API CZuUTFOSAPI {
   static CZuError mkdir(const char* dirName, int mode);
   // The template's six trailing X are replaced in place.
   static CZuError mktemp(char* nameTemplate);
+  // A file that open creates (O_CREAT) may be read and written by its owner:
+  // mode 0666 (less the umask) on POSIX, _S_IREAD | _S_IWRITE on Windows.
   static CZuError open(const char* fileName, int openFlag, int* fd);
   static CZuError open2(const char* fileName, int openFlag, int mode, int* fd);
   static CZuError remove(const char* path);

@@ -2,16 +2,17 @@
 
 #include <cstddef>
 
-#include <immintrin.h>
-
 #include "text/CrcSupport.h"
+
+#if ZU_CRC_CARRYLESS
+#include <immintrin.h>
+#endif
 
 namespace {
 
 using FXCrcSupport::Load32LE;
 
 constexpr std::uint32_t kReflectedPolynomial = 0xEDB88320u;
-constexpr std::uint32_t kPolynomial = 0x04C11DB7u;
 
 // Table k gives the register contribution of a byte followed by k zero
 // bytes; table 0 is the classic byte table. Built by the compiler, so no
@@ -52,6 +53,7 @@ std::uint32_t UpdateSlicing8(std::uint32_t crc, const unsigned char* p, std::siz
   return UpdateBytes(crc, p, n);
 }
 
+#if ZU_CRC_CARRYLESS
 // ---- Folding with carry-less multiplication ----
 //
 // A 128-bit little-endian load holds 128 message bits in reflected order:
@@ -62,6 +64,8 @@ std::uint32_t UpdateSlicing8(std::uint32_t crc, const unsigned char* p, std::siz
 // register's low and high qwords) by H * x^(F+64) + L * x^F, congruent
 // modulo the polynomial and at most 96 bits wide; the result lines up with
 // the block F bits later and is XORed into it.
+
+constexpr std::uint32_t kPolynomial = 0x04C11DB7u;
 
 // x^exponent modulo the polynomial, as the reflected 64-bit operand.
 constexpr std::uint64_t FoldConstant(unsigned exponent) {
@@ -116,6 +120,9 @@ __attribute__((target("pclmul,ssse3"))) std::uint32_t UpdateCarryless(std::uint3
 std::uint32_t Update(std::uint32_t crc, const unsigned char* p, std::size_t n) {
   return FXCrcSupport::UpdateFastest<std::uint32_t, UpdateCarryless, UpdateSlicing8>(crc, p, n);
 }
+#else
+std::uint32_t Update(std::uint32_t crc, const unsigned char* p, std::size_t n) { return UpdateSlicing8(crc, p, n); }
+#endif
 
 }  // namespace
 

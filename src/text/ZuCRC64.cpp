@@ -2,9 +2,11 @@
 
 #include <cstddef>
 
-#include <immintrin.h>
-
 #include "text/CrcSupport.h"
+
+#if ZU_CRC_CARRYLESS
+#include <immintrin.h>
+#endif
 
 namespace {
 
@@ -53,6 +55,7 @@ std::uint64_t UpdateSlicing8(std::uint64_t crc, const unsigned char* p, std::siz
   return UpdateBytes(crc, p, n);
 }
 
+#if ZU_CRC_CARRYLESS
 // ---- Folding with carry-less multiplication ----
 //
 // Each 16-byte block is byte-swapped so that bit j of the 128-bit value is
@@ -115,6 +118,9 @@ __attribute__((target("pclmul,ssse3"))) std::uint64_t UpdateCarryless(std::uint6
 std::uint64_t Update(std::uint64_t crc, const unsigned char* p, std::size_t n) {
   return FXCrcSupport::UpdateFastest<std::uint64_t, UpdateCarryless, UpdateSlicing8>(crc, p, n);
 }
+#else
+std::uint64_t Update(std::uint64_t crc, const unsigned char* p, std::size_t n) { return UpdateSlicing8(crc, p, n); }
+#endif
 
 }  // namespace
 

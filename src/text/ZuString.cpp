@@ -289,6 +289,8 @@ CZuString CZuString::SubStr(std::size_t start, std::size_t count) const {
   CZuString part;
   if (start >= m_length) return part;
   const std::size_t rest = m_length - start;
+  // The count is a 32-bit int: its high half is not part of it.
+  count = static_cast<std::uint32_t>(count);
   if (IsNegative32(count) || count > rest) count = rest;
   if (count > 0) part.AssignExact(m_buffer + start, count);
   return part;
@@ -406,6 +408,9 @@ void CZuString::TokenizeWith(std::vector<CZuString>& out, char escape, bool keep
   CZuString token;
   bool inQuotes = false;
   bool escaped = false;
+  // A delimiter or an opening quote starts a token, even one that stays
+  // empty: 'a,' and 'a,""' both end in an empty token.
+  bool started = false;
   char close = '\0';
   for (std::size_t i = 0; i < m_length; ++i) {
     const char c = m_buffer[i];
@@ -423,6 +428,7 @@ void CZuString::TokenizeWith(std::vector<CZuString>& out, char escape, bool keep
       const int closing = closingQuote(c);
       if (closing >= 0) {
         inQuotes = true;
+        started = true;
         close = static_cast<char>(closing);
         continue;
       }
@@ -433,15 +439,12 @@ void CZuString::TokenizeWith(std::vector<CZuString>& out, char escape, bool keep
         out.push_back(token);
         token.Clear();
       }
+      started = true;
       continue;
     }
     token += c;
   }
-  if (!token.IsEmpty()) {
-    out.push_back(token);
-  } else if (keepEmpty && m_length > 0 && isDelimiter(m_buffer[m_length - 1])) {
-    out.push_back(token);
-  }
+  if (!token.IsEmpty() || (keepEmpty && started)) out.push_back(token);
 }
 
 void CZuString::Tokenize(std::vector<CZuString>& out, char openQuote, char closeQuote, char escape, char delimiter,

@@ -109,8 +109,8 @@ class ZUUTILS_API CZuString {
   char operator[](int index) const;
   char operator[](std::size_t index) const;
   CZuString operator()(std::size_t start, std::size_t count) const { return SubStr(start, count); }
-  // Empty when start is at or beyond the end; a count whose low 32 bits are
-  // negative (as -1 is) means up to the end.
+  // Empty when start is at or beyond the end. Only the count's low 32 bits
+  // count: read as a negative int (as -1 is) they mean up to the end.
   CZuString SubStr(std::size_t start, std::size_t count) const;
 
   // Case-sensitive byte comparison.
@@ -160,7 +160,8 @@ class ZUUTILS_API CZuString {
   // Splits into tokens. Quotes are removed and keep delimiters inside them;
   // the escape character makes the next escape or quote character literal
   // (it does not protect a delimiter). Empty tokens are kept only when
-  // keepEmpty is set; a trailing delimiter then gives a last empty token.
+  // keepEmpty is set; a trailing delimiter then gives a last empty token,
+  // and so does a trailing '""'.
   void Tokenize(std::vector<CZuString>& out, char openQuote, char closeQuote, char escape, char delimiter,
                 bool keepEmpty) const;
   // Any character of `delimiters` separates (null: none does).

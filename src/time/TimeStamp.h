@@ -149,7 +149,8 @@ class ZUUTILS_API CTimeStamp {
   // "YYYY/MM/DD hh:mm:ss.uuuuuuZ" (UTC) and "hh:mm:ss.uuuuuuZ", and the local
   // forms without the "Z". The last 100-ns digit is dropped, not rounded.
   // The calendar is the proleptic Gregorian one on both sides of 1601;
-  // local time follows the system's zone rules (see platform/Clock.h).
+  // local time is UTC moved by the zone's offset as it is now, for every
+  // date (see platform/Clock.h).
   std::string AsUTCDateTimeString() const;
   std::string AsUTCTimeString() const;
   std::string AsLocalDateTimeString() const;

@@ -80,6 +80,11 @@ TEST_F(ErrorDomain, EventMessageReadBack) {
   EXPECT_EQ(0x123, GetEventMessage(r, 5));
   EXPECT_EQ(-1, GetEventMessage(r, 6));
   EXPECT_EQ(-1, GetEventMessage(ErrorInt(kHere, 1)));
+  // Local number 0 of module 5 is no message of module 6.
+  const CZuError zero = ErrorEventMessage(kHere, 0x05000000);
+  EXPECT_EQ(0, GetEventMessage(zero, 5));
+  EXPECT_EQ(-1, GetEventMessage(zero, 6));
+  EXPECT_EQ(0, GetEventMessage(CZuError::Success(), 6));
   EXPECT_TRUE(IsEventMessage(r, 0x05000123));
   EXPECT_FALSE(IsEventMessage(ErrorInt(kHere, 0x123), 0x05000123));
   EXPECT_TRUE(IsEventMessage(CZuError::Success(), 0));

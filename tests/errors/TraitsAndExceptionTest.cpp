@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "errors/ZuErrorTraits.h"
-#include "errors/ZuException.h"
 
 namespace {
 
@@ -39,28 +38,6 @@ TEST(ZuErrorTraits, BaseClassifiesNothingAndHostsOverride) {
   EXPECT_EQ(5u, traits.errorID());
   EXPECT_EQ(40, traits.severity());
   EXPECT_FALSE(traits.isMajor());
-}
-
-TEST(ZuException, ConstructorsAndChainedFlags) {
-  const ZuException plain("Cannot connect", "host a");
-  EXPECT_EQ("Cannot connect", plain.message());
-  EXPECT_EQ("host a", plain.detail());
-  EXPECT_EQ(0, plain.code());
-  EXPECT_FALSE(plain.isEventSuppressed() || plain.isPendingReasonSuppressed());
-
-  EXPECT_TRUE(ZuException("m", "d", true).isEventSuppressed());
-  EXPECT_TRUE(ZuException("m", "d", false, true).isPendingReasonSuppressed());
-  const ZuException coded("Exit status", 255, "ls");
-  EXPECT_EQ(255, coded.code());
-  EXPECT_EQ("ls", coded.detail());
-
-  try {
-    throw ZuException("Host key not cached", 7, "b").suppressEvent().suppressPendingReason();
-  } catch (const ZuException& e) {
-    EXPECT_TRUE(e.isEventSuppressed());
-    EXPECT_TRUE(e.isPendingReasonSuppressed());
-    EXPECT_EQ(7, e.code());
-  }
 }
 
 }  // namespace

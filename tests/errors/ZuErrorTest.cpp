@@ -119,10 +119,6 @@ TEST(CodeLocation, Texts) {
   EXPECT_EQ("", kA.AsString(EErrorOutputFormat::USER_SINGLE_LINE_CODE));
   EXPECT_EQ("CA::Open(10)", kA.AsString(EErrorOutputFormat::USER_SINGLE_LINE_DESCRIPTION_CODE));
 
-  const FXCodeLocation none;
-  EXPECT_EQ(nullptr, none.GetFile());
-  EXPECT_EQ(0, none.GetLine());
-
   // The text is cut to 255 characters.
   const std::string longName(400, 'n');
   EXPECT_EQ(255u, FXCodeLocation("f", longName.c_str(), 1).AsString().size());

@@ -3,7 +3,8 @@
 //     logs the lines from two threads through the process-wide logger,
 //     1 MiB files
 //   zu_log_child hold <folder> <app> <marker file>
-//     takes the module's lock, creates the marker and waits to be killed
+//     takes the module's lock, starts a line in the log that it never ends,
+//     creates the marker and waits to be killed
 #include <chrono>
 #include <cstdlib>
 #include <fstream>
@@ -43,6 +44,7 @@ int Hold(const std::string& folder, const std::string& app, const std::string& m
   FXPlatform::CProcessLock lock;
   bool abandoned = false;
   if (lock.Create(name).IsError() || lock.Acquire(CZuLogger::kLockTimeoutMs, abandoned).IsError()) return 3;
+  std::ofstream(folder + app + ".log", std::ios::binary | std::ios::app) << "torn tail";
   std::ofstream(marker) << "locked";
   // Killed long before; the limit only spares a lost child.
   std::this_thread::sleep_for(std::chrono::minutes(2));

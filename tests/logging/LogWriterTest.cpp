@@ -101,6 +101,15 @@ TEST(LogWriters, DefaultWriterOwnsALogger) {
   EXPECT_FALSE(FXPlatform::DeleteFileAt(tempLog).IsError());
 }
 
+TEST(LogWriters, ADefaultWriterWhoseLoggerFailedClaimsNoLevel) {
+  CScratchFolder folder("writerfail");
+  const boost::shared_ptr<CLogWriterInterface> writer = CreateDefaultLogWriter(folder.Path(), "");
+  EXPECT_EQ(0, writer->GetDebugLevel());
+  writer->SetDebugLevel(3);
+  EXPECT_EQ(0, writer->GetDebugLevel());
+  writer->LogMessage(-1, "F", 1, 0, nullptr, "dropped");
+}
+
 TEST(LineWriters, HexDumpOfTwentyBytes) {
   unsigned char data[20];
   for (int i = 0; i < 20; ++i) data[i] = static_cast<unsigned char>(i < 16 ? 'A' + i : 0x7E + i - 16);

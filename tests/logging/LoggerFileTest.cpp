@@ -183,6 +183,61 @@ TEST(LoggerFile, AFullDiskLosesTheLinesButNotTheLogger) {
             std::vector<std::string>{MaskTime(BodyLines(path).at(0))});
 }
 
+int g_reports = 0;
+CZuLogger* g_reporting = nullptr;
+
+// Logs each failure report through the logger that failed, as a host's
+// syslog callback may well do.
+void LogTheReport(const char* text) {
+  if (++g_reports > 20) return;  // unguarded, the recursion would never end
+  g_reporting->logMessages(text);
+}
+
+TEST(LoggerFile, AReportThatLogsThroughTheFailingLoggerEndsThere) {
+  CZuLogger logger;  // never initialised: every write fails and is reported
+  g_reporting = &logger;
+  g_reports = 0;
+  const CZuLogger::SyslogCallback previous = CZuLogger::SetSyslogCallback(LogTheReport);
+  EXPECT_TRUE(logger.logMessages("refused").IsError());
+  CZuLogger::SetSyslogCallback(previous);
+  EXPECT_EQ(1, g_reports);
+}
+
+TEST(LoggerFile, AKeptOpenFileReplacedOrDeletedBehindTheLoggerIsLeft) {
+  CScratchFolder folder("replaced");
+  const std::string app = TestApp("ReplacedApp");
+  CZuLogger keeper, other;
+  ASSERT_FALSE(keeper.Initialize(app, folder.Path(), 2, true).IsError());
+  ASSERT_FALSE(other.Initialize(app, folder.Path()).IsError());
+  const std::string path = keeper.GetLogFilePath();
+  keeper.LogMessage(1, "F", 1, nullptr, "first");
+
+  // Moved away and replaced by a copy of the same size, as a rotating tool
+  // may leave it: the path names another file now.
+  const std::string moved = folder.File("moved.log");
+  std::filesystem::rename(path, moved);
+  WriteFile(path, ReadFile(moved));
+  keeper.LogMessage(1, "F", 2, nullptr, "second");
+  EXPECT_FALSE(Contains(BodyLines(moved), "second"));
+  EXPECT_TRUE(Contains(BodyLines(path), "second"));
+
+  if (!kZuIsWindows) {
+    // Deleted (Windows keeps an open file's name until it is closed).
+    std::filesystem::remove(path);
+    keeper.LogMessage(1, "F", 3, nullptr, "third");
+    other.LogMessage(1, "F", 4, nullptr, "fourth");
+    keeper.LogMessage(1, "F", 5, nullptr, "fifth");
+    // One new file, headed once, with every line in order.
+    const std::string text = ReadFile(path);
+    EXPECT_EQ(0u, text.find(std::string(80, '*') + "\r\n* Machine")) << text.substr(0, 200);
+    const std::vector<std::string> body = BodyLines(path);
+    ASSERT_EQ(3u, body.size());
+    EXPECT_NE(std::string::npos, body[0].find("third"));
+    EXPECT_NE(std::string::npos, body[1].find("fourth"));
+    EXPECT_NE(std::string::npos, body[2].find("fifth"));
+  }
+}
+
 TEST(LoggerFile, AFileKeptOpenFollowsAnotherWritersRollOver) {
   CScratchFolder folder("follow");
   CZuLogger keeper, roller;

@@ -49,7 +49,8 @@ TEST_F(LoggerFormat, ColumnsJobIdsAndLevels) {
   m_logger.SetDebugLevel(3);
   m_logger.LogMessage(3, "F", 0, nullptr, "level 3 now passes");
   m_logger.SetDebugLevel(-2);
-  m_logger.LogMessage(-1, "F", 0, nullptr, "below -1 even alarms are dropped");
+  m_logger.LogMessage(-1, "F", 0, nullptr, "alarms pass whatever the level");
+  m_logger.LogMessage(0, "F", 0, nullptr, "level 0 is above -2: dropped");
   m_logger.SetDebugLevel(2);
   m_logger.LogMessage(1, std::string(150, 'f').c_str(), 1, std::string(120, 'c').c_str(), "cut");
   m_logger.LogMessage("plain text");
@@ -68,6 +69,7 @@ TEST_F(LoggerFormat, ColumnsJobIdsAndLevels) {
       start + "######### " + prefix + "F() - hashes as wide as the column",
       start + "--------- " + prefix + "F() - an alarm always passes",
       start + "--------- " + prefix + "F() - level 3 now passes",
+      start + "--------- " + prefix + "F() - alarms pass whatever the level",
       start + "--------- " + prefix + std::string(100, 'f') + "(1) - " + std::string(100, 'c') + " cut",
       start + "--------- " + prefix + "plain text",
       start + "--------- #LgLvl2#" + prefix + "F(3) - level shown",
@@ -84,9 +86,11 @@ TEST_F(LoggerFormat, PlaceholdersAndTheThreadColumn) {
   m_logger.LogMessage(1, "", 9, "", "placeholders with a line");
   m_logger.LogMessage(1, "F", 9, "ctx", "real fields win");
   m_logger.SetPlaceHolderForPreMessage(false);
-  // A one-column thread id grows to the printed id's length and stays so.
-  m_logger.SetLogfileParams(0, 0, 0, 0, 1);
-  m_logger.LogMessage(1, "F", 1, nullptr, "narrow thread column");
+  // The columns only grow: narrower widths asked later leave them as they are.
+  m_logger.SetLogfileParams(0, 0, 0, 6, 1);
+  m_logger.LogMessage(1, "F", 1, 5LL, nullptr, "wider job column");
+  m_logger.SetLogfileParams(0, 0, 0, 2, 1);
+  m_logger.LogMessage(1, "F", 2, 5LL, nullptr, "still as wide");
 
   const std::string start = LineStart();
   const std::string prefix = kPrefixField;
@@ -95,7 +99,8 @@ TEST_F(LoggerFormat, PlaceholdersAndTheThreadColumn) {
       start + "--- " + prefix + "() - [ ] placeholders",
       start + "--- " + prefix + "(9) - [ ] placeholders with a line",
       start + "--- " + prefix + "F(9) - ctx real fields win",
-      LineStart(1) + "--- " + prefix + "F(1) - narrow thread column",
+      start + "5      " + prefix + "F(1) - wider job column",
+      start + "5      " + prefix + "F(2) - still as wide",
   };
   EXPECT_EQ(expected, Body());
 }

@@ -38,6 +38,27 @@ TEST(Platform, ErrnoFailuresCarryTheNearestWin32Code) {
   EXPECT_EQ(DWORD(ERROR_ACCESS_DENIED), FXPlatform::FromErrno(EACCES).win32);
   EXPECT_EQ(DWORD(ERROR_DISK_FULL), FXPlatform::FromErrno(ENOSPC).win32);
   EXPECT_EQ(DWORD(ERROR_SUCCESS), FXPlatform::FromErrno(0).win32);
+
+  // One table on both platforms: each C runtime failure gives the same
+  // Win32 code and the same runtime number everywhere.
+  struct {
+    int native;
+    DWORD win32;
+    int crt;
+  } const cases[] = {
+      {ENOTDIR, ERROR_PATH_NOT_FOUND, 20},     {EISDIR, ERROR_ACCESS_DENIED, 21},
+      {EROFS, ERROR_WRITE_PROTECT, 30},        {EEXIST, ERROR_FILE_EXISTS, 17},
+      {ENOTEMPTY, ERROR_DIR_NOT_EMPTY, 41},    {EXDEV, ERROR_NOT_SAME_DEVICE, 18},
+      {EBUSY, ERROR_BUSY, 16},                 {ENAMETOOLONG, ERROR_FILENAME_EXCED_RANGE, 38},
+      {EPIPE, ERROR_BROKEN_PIPE, 32},          {ENFILE, ERROR_TOO_MANY_OPEN_FILES, 23},
+      {EILSEQ, ERROR_NO_UNICODE_TRANSLATION, 42}, {EAGAIN, ERROR_LOCK_VIOLATION, 11},
+      {ESPIPE, ERROR_NEGATIVE_SEEK, 29},       {EFBIG, ERROR_FILE_TOO_LARGE, 27},
+      {EIO, ERROR_GEN_FAILURE, 5},             {E2BIG, ERROR_GEN_FAILURE, 7},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(c.win32, FXPlatform::FromErrno(c.native).win32) << c.crt;
+    EXPECT_EQ(c.crt, FXPlatform::FromErrno(c.native).crtErrno);
+  }
 }
 
 TEST(Platform, DirectoriesAndNoReplaceMoves) {

@@ -75,13 +75,20 @@ TEST(StringAlgo, SplitArgumentsKeepsQuotedRuns) {
   EXPECT_EQ((Strings{"copy", "\"C:\\My Files\\a b.txt\"", "D:\\x"}), out);
   FXString::SplitArguments("a \"b  c\" d", " ", out);
   EXPECT_EQ((Strings{"a", "\"b  c\"", "d"}), out);  // the run's own blanks are kept
-  FXString::SplitArguments("\"x\" \" y\" \"open end", " ", out);
-  EXPECT_EQ((Strings{"\"x\"", "\" y\"", "\"open end"}), out);
+  FXString::SplitArguments("\"x\" \"open end", " ", out);
+  EXPECT_EQ((Strings{"\"x\"", "\"open end"}), out);
   std::list<std::string> listed;
   FXString::SplitArguments("a  b", " ", listed, FXString::kSplitMergeDelimiters);
   EXPECT_EQ((std::list<std::string>{"a", "b"}), listed);
   FXString::SplitPaths("\"C:\\a;b\";D:\\c;;E:", ";", out);
   EXPECT_EQ((Strings{"\"C:\\a;b\"", "D:\\c", "", "E:"}), out);
+  // A lone quote both begins and ends with a quote: it opens nothing.
+  FXString::SplitArguments("a \" b c", " ", out);
+  EXPECT_EQ((Strings{"a", "\"", "b", "c"}), out);
+  FXString::SplitArguments("\" y\"", " ", out);
+  EXPECT_EQ((Strings{"\"", "y\""}), out);
+  FXString::SplitArguments("\"x y \" z", " ", out);
+  EXPECT_EQ((Strings{"\"x y \"", "z"}), out);
 }
 
 TEST(StringAlgo, AppendWithDelimiter) {
@@ -263,16 +270,27 @@ TEST(StringFormat, OverflowIsReportedAndTheTextKept) {
   const std::string big(20000, 'b');
   EXPECT_FALSE(FXString::Format(out, "%s", big.c_str()).IsError());
   EXPECT_EQ(big, out);
-  // Beyond 131072 characters: cut, and Win32 111 from FormatArgList.
-  const std::string huge(200000, 'h');
-  const CZuError r = FXString::Format(out, "%s", huge.c_str());
+  // "%s" starts at 2 * 2 + 512 = 516 and grows by 16384 until the size
+  // reaches 131072: the last buffer holds 516 + 8 * 16384 = 131588, which
+  // leaves room for 131587 characters and the terminator.
+  const std::size_t largest = 516 + 8 * 16384 - 1;
+  const std::string exact(largest, 'e');
+  EXPECT_FALSE(FXString::Format(out, "%s", exact.c_str()).IsError());
+  EXPECT_EQ(exact.size(), out.size());
+  const std::string over(largest + 1, 'h');
+  const CZuError r = FXString::Format(out, "%s", over.c_str());
   EXPECT_EQ(DWORD(ERROR_BUFFER_OVERFLOW), FXErrorUtil::GetWin32(r));
   EXPECT_NE(std::string::npos, r.AsString().find("FXString::FormatArgList"));
-  EXPECT_GT(out.size(), 0x20000u - 16384);
-  EXPECT_EQ(huge.substr(0, out.size()), out);
-  EXPECT_EQ(out, FXString::Format("%s", huge.c_str()));
+  EXPECT_EQ(exact.size(), out.size());
+  EXPECT_TRUE(out == FXString::Format("%s", over.c_str()));
+  // L"%ls" is one character longer: 518 + 8 * 16384.
   std::wstring wide;
-  EXPECT_EQ(DWORD(ERROR_BUFFER_OVERFLOW), FXErrorUtil::GetWin32(FXString::Format(wide, L"%ls", std::wstring(200000, L'w').c_str())));
+  const std::wstring wideExact(largest + 2, L'w');
+  EXPECT_FALSE(FXString::Format(wide, L"%ls", wideExact.c_str()).IsError());
+  EXPECT_EQ(wideExact.size(), wide.size());
+  EXPECT_EQ(DWORD(ERROR_BUFFER_OVERFLOW),
+            FXErrorUtil::GetWin32(FXString::Format(wide, L"%ls", std::wstring(largest + 3, L'w').c_str())));
+  EXPECT_EQ(wideExact.size(), wide.size());
   EXPECT_EQ(L"7 x", FXString::Format(L"%d %ls", 7, L"x"));
   EXPECT_EQ(DWORD(ERROR_INVALID_PARAMETER), FXErrorUtil::GetWin32(FXString::Format(out, nullptr)));
 }

@@ -1,4 +1,5 @@
 #include <fcntl.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <random>
@@ -91,6 +92,16 @@ TEST_F(UTFOSAPI, FilesWithUtf8NamesRoundTrip) {
   TZuStat plain;
   EXPECT_FALSE(CZuUTFOSAPI::stat(name.c_str(), &plain).IsError());
 
+  // open with O_CREAT makes a file its owner may read and write (0600 is
+  // also _S_IREAD | _S_IWRITE).
+  int fd = -1;
+  ASSERT_FALSE(CZuUTFOSAPI::open("created.txt", O_CREAT | O_WRONLY, &fd).IsError());
+  ::close(fd);
+  ASSERT_FALSE(CZuUTFOSAPI::stat("created.txt", &plain).IsError());
+  EXPECT_EQ(0600, plain.st_mode & 0600);
+  EXPECT_FALSE(CZuUTFOSAPI::chmod("created.txt", 0600).IsError());
+  EXPECT_FALSE(CZuUTFOSAPI::unlink("created.txt").IsError());
+
   // Copies and moves never overwrite unless told to.
   EXPECT_FALSE(CZuUTFOSAPI::CopyFileW(name.c_str(), "copy.txt", true).IsError());
   EXPECT_EQ("hello", Read(At("copy.txt")));
@@ -128,7 +139,10 @@ TEST_F(UTFOSAPI, FailuresReadTheSameOnBothPlatforms) {
   EXPECT_TRUE(Says(missing, "CZuUTFOSAPI::fopen"));
   EXPECT_TRUE(Says(missing, "missing.txt"));
   int fd = -1;
-  EXPECT_TRUE(IsWin32(CZuUTFOSAPI::open2("missing.txt", O_RDONLY, 0, &fd), ERROR_FILE_NOT_FOUND));
+  const CZuError open2 = CZuUTFOSAPI::open2("missing.txt", O_RDONLY, 0, &fd);
+  EXPECT_TRUE(IsWin32(open2, ERROR_FILE_NOT_FOUND));
+  EXPECT_TRUE(Says(open2, "CZuUTFOSAPI::open2")) << open2.AsString();
+  EXPECT_TRUE(Says(CZuUTFOSAPI::open("missing.txt", O_RDONLY, &fd), "CZuUTFOSAPI::open("));
   EXPECT_TRUE(IsWin32(CZuUTFOSAPI::DeleteFileW("missing.txt"), ERROR_FILE_NOT_FOUND));
   DWORD attributes = 0;
   EXPECT_TRUE(IsWin32(CZuUTFOSAPI::GetFileAttributesTQ("missing.txt", &attributes), ERROR_FILE_NOT_FOUND));
@@ -136,7 +150,8 @@ TEST_F(UTFOSAPI, FailuresReadTheSameOnBothPlatforms) {
   ASSERT_FALSE(CZuUTFOSAPI::mkdir("full").IsError());
   Write(At("full") + Sep() + "x", "x");
   EXPECT_TRUE(IsWin32(CZuUTFOSAPI::RemoveDirectoryW("full"), ERROR_DIR_NOT_EMPTY));
-  EXPECT_TRUE(CZuUTFOSAPI::rmdir("full").IsError());
+  const CZuError rmdir = CZuUTFOSAPI::rmdir("full");
+  EXPECT_TRUE(IsWin32(rmdir, ERROR_DIR_NOT_EMPTY)) << rmdir.AsString();
 
   // Null pointers are refused before anything is called.
   EXPECT_TRUE(IsWin32(CZuUTFOSAPI::access(nullptr, 0), ERROR_INVALID_PARAMETER));

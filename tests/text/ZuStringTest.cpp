@@ -114,6 +114,8 @@ TEST(ZuString, AccessOutOfRangeReadsZero) {
   EXPECT_STREQ("bc", s.SubStr(1, 100).c_str());
   EXPECT_STREQ("bc", s.SubStr(1, static_cast<std::size_t>(-1)).c_str());
   EXPECT_STREQ("bc", s.SubStr(1, 0xFFFFFFFFu).c_str());
+  // The count is read as 32 bits: 2^32 + 1 is one character.
+  EXPECT_STREQ("b", s.SubStr(1, (static_cast<std::size_t>(1) << 32) | 1).c_str());
   EXPECT_STREQ("b", s(1, 1).c_str());
   EXPECT_TRUE(s.SubStr(3, 1).IsEmpty());
   EXPECT_TRUE(s.SubStr(1, 0).IsEmpty());
@@ -251,6 +253,13 @@ TEST(ZuString, TokenizeQuotesEscapesAndEmptyTokens) {
   CZuString("a,").Tokenize(out, '"', '"', '\\', ',', false);
   EXPECT_EQ((Strings{"a"}), Texts(out));
   CZuString().Tokenize(out, '"', '"', '\\', ',', true);
+  EXPECT_TRUE(out.empty());
+  // A quoted empty token is a token like any other, also the last one.
+  CZuString("a,\"\"").Tokenize(out, '"', '"', '\\', ',', true);
+  EXPECT_EQ((Strings{"a", ""}), Texts(out));
+  CZuString("\"\"").Tokenize(out, '"', '"', '\\', ',', true);
+  EXPECT_EQ((Strings{""}), Texts(out));
+  CZuString("\"\",\"\"").Tokenize(out, '"', '"', '\\', ',', false);
   EXPECT_TRUE(out.empty());
 
   CZuString("a b;c").Tokenize(out, '"', '"', '\\', " ;", false);

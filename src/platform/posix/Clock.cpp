@@ -23,13 +23,11 @@ long long FileTimeNow() {
 }
 
 long long UtcToLocalFileTime(long long utc) {
-  // Whole seconds, rounded down, so that instants before 1970 fall into the
-  // right second and therefore the right zone period.
-  long long seconds = utc / kUnitsPerSecond;
-  if (utc % kUnitsPerSecond < 0) --seconds;
-  const std::time_t unixSeconds = static_cast<std::time_t>(seconds - kUnixEpochSeconds);
+  // The offset as it is now, for every date: the rule of Windows'
+  // FileTimeToLocalFileTime, so that both platforms print the same text.
+  const std::time_t now = std::time(nullptr);
   std::tm local{};
-  if (::localtime_r(&unixSeconds, &local) == nullptr) return utc;
+  if (::localtime_r(&now, &local) == nullptr) return utc;
   return AddWrapping(utc, static_cast<long long>(local.tm_gmtoff) * kUnitsPerSecond);
 }
 

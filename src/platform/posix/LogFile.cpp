@@ -23,8 +23,9 @@ unsigned long long PathKey(const std::string& path) {
   return hash | 1;
 }
 
+// Readable too, for the last byte after a writer died mid-line.
 int OpenForAppend(const std::string& path) {
-  return ::open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666);
+  return ::open(path.c_str(), O_RDWR | O_APPEND | O_CREAT | O_CLOEXEC, 0666);
 }
 
 }  // namespace
@@ -34,9 +35,16 @@ CZuError CLogFile::Open(const std::string& path, CProcessLock& lock) {
   unsigned long long* words = lock.SharedWords();
   if (words == nullptr) return FXErrorUtil::ErrorWin32(here, ERROR_INVALID_HANDLE, "%s", path.c_str());
   const unsigned long long key = PathKey(path);
-  if (m_fd >= 0 && m_key == key && words[kWordKey] == key && words[kWordGeneration] == m_generation)
-    return CZuError::Success();
+  if (m_fd >= 0 && m_key == key && words[kWordKey] == key && words[kWordGeneration] == m_generation) {
+    // Still the file at the path? A deleted or replaced one would swallow
+    // the lines and count its bytes into the new file's shared size.
+    struct stat atPath;
+    if (::stat(path.c_str(), &atPath) == 0 && static_cast<unsigned long long>(atPath.st_dev) == m_identity[0] &&
+        static_cast<unsigned long long>(atPath.st_ino) == m_identity[1])
+      return CZuError::Success();
+  }
   Close();
+  if (m_path != path) m_path = path;
   const int fd = OpenForAppend(path);
   if (fd < 0) return ErrorFromSystem(here, LastSystemError()).Push(here, "%s", path.c_str());
   struct stat st;
@@ -49,8 +57,9 @@ CZuError CLogFile::Open(const std::string& path, CProcessLock& lock) {
   words[kWordSize] = static_cast<unsigned long long>(st.st_size);
   m_fd = fd;
   m_shared = words;
-  m_path = path;
   m_key = key;
+  m_identity[0] = static_cast<unsigned long long>(st.st_dev);
+  m_identity[1] = static_cast<unsigned long long>(st.st_ino);
   m_generation = words[kWordGeneration];
   return CZuError::Success();
 }
@@ -84,6 +93,13 @@ CZuError CLogFile::GetSize(unsigned long long& size) {
   if (m_fd < 0) return FXErrorUtil::ErrorWin32(ZU_HERE("CLogFile::GetSize"), ERROR_INVALID_HANDLE);
   size = m_shared[kWordSize];
   return CZuError::Success();
+}
+
+bool CLogFile::EndsWithLineFeed(unsigned long long size) {
+  if (m_fd < 0) return false;
+  if (size == 0) return true;
+  char last = 0;
+  return ::pread(m_fd, &last, 1, static_cast<off_t>(size - 1)) == 1 && last == '\n';
 }
 
 CZuError CLogFile::GetCreationTime(TLocalTime& out) {

@@ -1,12 +1,14 @@
 #include "platform/Process.h"
 
 #include <poll.h>
+#include <pthread.h>
 #include <spawn.h>
 #include <sys/syscall.h>
 #include <sys/utsname.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
@@ -21,11 +23,40 @@ extern char** environ;
 
 namespace FXPlatform {
 
-unsigned long CurrentProcessId() { return static_cast<unsigned long>(::getpid()); }
+namespace {
+
+// Both ids are system calls, so they are kept once read. A child made by
+// fork() starts with its parent's copies: the child's handler counts a new
+// generation, and a copy of another generation is read afresh.
+std::atomic<unsigned long> g_forkGeneration{0};
+std::atomic<long> g_processId{0};
+
+void AfterForkInChild() {
+  g_processId.store(0, std::memory_order_relaxed);
+  g_forkGeneration.fetch_add(1, std::memory_order_relaxed);
+}
+
+[[maybe_unused]] const int g_atForkRegistered = ::pthread_atfork(nullptr, nullptr, &AfterForkInChild);
+
+}  // namespace
+
+unsigned long CurrentProcessId() {
+  long id = g_processId.load(std::memory_order_relaxed);
+  if (id == 0) {
+    id = static_cast<long>(::getpid());
+    g_processId.store(id, std::memory_order_relaxed);
+  }
+  return static_cast<unsigned long>(id);
+}
 
 unsigned long CurrentThreadId() {
-  // gettid is a system call; a thread's id never changes.
-  thread_local const unsigned long id = static_cast<unsigned long>(::gettid());
+  thread_local unsigned long id = 0;
+  thread_local unsigned long generation = 0;
+  const unsigned long current = g_forkGeneration.load(std::memory_order_relaxed);
+  if (id == 0 || generation != current) {
+    id = static_cast<unsigned long>(::gettid());
+    generation = current;
+  }
   return id;
 }
 

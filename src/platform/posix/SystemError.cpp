@@ -2,7 +2,6 @@
 
 #include <cerrno>
 
-
 namespace {
 
 // errno numbers of the Microsoft C runtime, which the ErrNo domain uses on
@@ -89,56 +88,15 @@ int CrtErrno(int e) {
   }
 }
 
-// The Win32 code a Windows call would have reported for the same fault.
-DWORD NearestWin32(int e) {
-  switch (e) {
-    case 0: return ERROR_SUCCESS;
-    case ENOENT: return ERROR_FILE_NOT_FOUND;
-    case ENOTDIR: return ERROR_PATH_NOT_FOUND;
-    case EPERM:
-    case EACCES:
-    case EISDIR: return ERROR_ACCESS_DENIED;
-    case EROFS: return ERROR_WRITE_PROTECT;
-    case EEXIST: return ERROR_FILE_EXISTS;
-    case ENOMEM: return ERROR_NOT_ENOUGH_MEMORY;
-    case ENOSPC:
-    case EDQUOT: return ERROR_DISK_FULL;
-    case EBADF: return ERROR_INVALID_HANDLE;
-    case EINVAL: return ERROR_INVALID_PARAMETER;
-    case EMFILE:
-    case ENFILE: return ERROR_TOO_MANY_OPEN_FILES;
-    case EBUSY: return ERROR_BUSY;
-    case ETXTBSY: return ERROR_SHARING_VIOLATION;
-    case EAGAIN: return ERROR_LOCK_VIOLATION;
-    case ENOTEMPTY: return ERROR_DIR_NOT_EMPTY;
-    case ENAMETOOLONG: return ERROR_FILENAME_EXCED_RANGE;
-    case EPIPE: return ERROR_BROKEN_PIPE;
-    case EXDEV: return ERROR_NOT_SAME_DEVICE;
-    case ETIMEDOUT: return WAIT_TIMEOUT;
-    case EINTR:
-    case ECANCELED: return ERROR_OPERATION_ABORTED;
-    case ENOSYS:
-    case ENOTSUP: return ERROR_NOT_SUPPORTED;
-    case ELOOP: return ERROR_CANT_RESOLVE_FILENAME;
-    case ENXIO:
-    case ENODEV: return ERROR_DEV_NOT_EXIST;
-    case EILSEQ: return ERROR_NO_UNICODE_TRANSLATION;
-    case ESPIPE: return ERROR_NEGATIVE_SEEK;
-    case EFAULT: return ERROR_NOACCESS;
-    case EFBIG: return ERROR_FILE_TOO_LARGE;
-    case EIO:
-    default: return ERROR_GEN_FAILURE;
-  }
-}
-
 }  // namespace
 
 namespace FXPlatform {
 
 TSystemError FromErrno(int nativeErrno) {
   TSystemError error;
-  error.win32 = NearestWin32(nativeErrno);
   error.crtErrno = nativeErrno == 0 ? 0 : CrtErrno(nativeErrno);
+  // A full quota has no number of its own there: it is a full disk.
+  error.win32 = nativeErrno == EDQUOT ? ERROR_DISK_FULL : Win32FromCrtErrno(error.crtErrno);
   return error;
 }
 

@@ -22,23 +22,16 @@ long long FileTimeNow() {
 }
 
 long long UtcToLocalFileTime(long long utc) {
-  if (utc < 0) return utc;
-  FILETIME utcTime;
-  utcTime.dwLowDateTime = static_cast<DWORD>(static_cast<unsigned long long>(utc) & 0xFFFFFFFFu);
-  utcTime.dwHighDateTime = static_cast<DWORD>(static_cast<unsigned long long>(utc) >> 32);
-  // FileTimeToLocalFileTime would apply today's daylight-saving state to
-  // every date; this conversion applies the one of the instant's own date,
-  // as localtime_r does on POSIX.
-  SYSTEMTIME utcFields, localFields;
-  FILETIME localTime;
-  if (!::FileTimeToSystemTime(&utcTime, &utcFields) ||
-      !::SystemTimeToTzSpecificLocalTime(nullptr, &utcFields, &localFields) ||
-      !::SystemTimeToFileTime(&localFields, &localTime))
-    return utc;
-  // SYSTEMTIME holds milliseconds: take the zone's offset, not the value.
-  // Wrapping, because the largest counts lie within one offset of the end.
-  const long long offset = Join(localTime) - (utc - utc % 10000);
-  return static_cast<long long>(static_cast<unsigned long long>(utc) + static_cast<unsigned long long>(offset));
+  // FileTimeToLocalFileTime applies today's bias to every date. The bias is
+  // taken from the conversion of now, so that counts anywhere in 64 bits
+  // wrap as the rest of the arithmetic does rather than fail.
+  const long long now = FileTimeNow();
+  FILETIME utcNow, localNow;
+  utcNow.dwLowDateTime = static_cast<DWORD>(static_cast<unsigned long long>(now) & 0xFFFFFFFFu);
+  utcNow.dwHighDateTime = static_cast<DWORD>(static_cast<unsigned long long>(now) >> 32);
+  if (!::FileTimeToLocalFileTime(&utcNow, &localNow)) return utc;
+  const long long bias = Join(localNow) - now;
+  return static_cast<long long>(static_cast<unsigned long long>(utc) + static_cast<unsigned long long>(bias));
 }
 
 namespace {

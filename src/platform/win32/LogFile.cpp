@@ -12,29 +12,44 @@ namespace {
 
 HANDLE AsHandle(void* handle) { return static_cast<HANDLE>(handle); }
 
-// Delete sharing lets another process rename the file while it is open here.
+constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
+// Append access only: every write goes to the end of the file, whatever
+// another process appended since. Reading serves the last byte after a
+// writer died mid-line; delete sharing lets another process rename the file
+// while it is open here.
 HANDLE OpenForAppend(const std::wstring& path) {
-  return ::CreateFileW(path.c_str(), GENERIC_WRITE | FILE_READ_ATTRIBUTES,
-                       FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_ALWAYS,
-                       FILE_ATTRIBUTE_NORMAL, nullptr);
+  return ::CreateFileW(path.c_str(), FILE_APPEND_DATA | FILE_READ_DATA | FILE_READ_ATTRIBUTES | SYNCHRONIZE,
+                       kShareAll, nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+}
+
+// Volume serial number and file index: the file's identity.
+bool Identity(HANDLE handle, unsigned long long (&out)[2]) {
+  BY_HANDLE_FILE_INFORMATION info;
+  if (!::GetFileInformationByHandle(handle, &info)) return false;
+  out[0] = info.dwVolumeSerialNumber;
+  out[1] = (static_cast<unsigned long long>(info.nFileIndexHigh) << 32) | info.nFileIndexLow;
+  return true;
+}
+
+// Whether the file at the path is the one with that identity.
+bool IsFileAt(const std::wstring& path, const unsigned long long (&identity)[2]) {
+  const HANDLE handle = ::CreateFileW(path.c_str(), FILE_READ_ATTRIBUTES, kShareAll, nullptr, OPEN_EXISTING,
+                                      FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (handle == INVALID_HANDLE_VALUE) return false;
+  unsigned long long atPath[2];
+  const bool same = Identity(handle, atPath) && atPath[0] == identity[0] && atPath[1] == identity[1];
+  ::CloseHandle(handle);
+  return same;
 }
 
 }  // namespace
 
 CZuError CLogFile::Open(const std::string& path, CProcessLock&) {
   const FXCodeLocation here = ZU_HERE("CLogFile::Open");
-  if (m_handle != nullptr && m_path == path) {
-    // Renamed by another process? Then the path names another file, and
-    // that file has a size of its own: a renamed file has reached the size
-    // limit, the new one has not.
-    WIN32_FILE_ATTRIBUTE_DATA data;
-    LARGE_INTEGER mine;
-    if (::GetFileAttributesExW(m_widePath.c_str(), GetFileExInfoStandard, &data) &&
-        ::GetFileSizeEx(AsHandle(m_handle), &mine) &&
-        ((static_cast<unsigned long long>(data.nFileSizeHigh) << 32) | data.nFileSizeLow) ==
-            static_cast<unsigned long long>(mine.QuadPart))
-      return CZuError::Success();
-  }
+  // Renamed, replaced or deleted by another process? Then the path names
+  // another file (or none).
+  if (m_handle != nullptr && m_path == path && IsFileAt(m_widePath, m_identity)) return CZuError::Success();
   Close();
   if (m_path != path) {
     m_path = path;
@@ -42,6 +57,11 @@ CZuError CLogFile::Open(const std::string& path, CProcessLock&) {
   }
   const HANDLE handle = OpenForAppend(m_widePath);
   if (handle == INVALID_HANDLE_VALUE) return ErrorFromSystem(here, LastSystemError()).Push(here, "%s", path.c_str());
+  if (!Identity(handle, m_identity)) {
+    const TSystemError error = LastSystemError();
+    ::CloseHandle(handle);
+    return ErrorFromSystem(here, error).Push(here, "%s", path.c_str());
+  }
   m_handle = handle;
   return CZuError::Success();
 }
@@ -81,6 +101,17 @@ CZuError CLogFile::GetSize(unsigned long long& size) {
     return ErrorFromSystem(here, LastSystemError()).Push(here, "%s", m_path.c_str());
   size = static_cast<unsigned long long>(value.QuadPart);
   return CZuError::Success();
+}
+
+bool CLogFile::EndsWithLineFeed(unsigned long long size) {
+  if (m_handle == nullptr) return false;
+  if (size == 0) return true;
+  OVERLAPPED at = {};
+  at.Offset = static_cast<DWORD>((size - 1) & 0xFFFFFFFFu);
+  at.OffsetHigh = static_cast<DWORD>((size - 1) >> 32);
+  char last = 0;
+  DWORD read = 0;
+  return ::ReadFile(AsHandle(m_handle), &last, 1, &read, &at) && read == 1 && last == '\n';
 }
 
 CZuError CLogFile::GetCreationTime(TLocalTime& out) {
