@@ -24,7 +24,9 @@ EUtf8Fault CheckUtf8(const std::uint8_t* b, int length, std::uint8_t& failing) {
     case 2: {
       const std::uint8_t a = b[1];
       failing = a;
-      if (a > 0xBF) return kByte2;
+      // A continuation byte first, whatever the lead: after 0xF4 a byte
+      // below 0x80 would otherwise pass and decode above U+10FFFF.
+      if (a < 0x80 || a > 0xBF) return kByte2;
       switch (b[0]) {
         case 0xE0:
           if (a < 0xA0) return kByte2E0;
@@ -36,7 +38,7 @@ EUtf8Fault CheckUtf8(const std::uint8_t* b, int length, std::uint8_t& failing) {
           if (a > 0x8F) return kByte2F4;
           break;
         default:
-          if (a < 0x80) return kByte2;
+          break;
       }
     }
       [[fallthrough]];

@@ -477,6 +477,8 @@ TEST(FXUTF, IsLegalUTF8NamesTheFault) {
       {"\xE0\x9F\x80", "Invalid character (2,0xE0), Character=0x9F, Length=3"},
       {"\xF0\x8F\x80\x80", "Invalid character (2,0xF0), Character=0x8F, Length=4"},
       {"\xF4\x90\x80\x80", "Invalid character (2,0xF4), Character=0x90, Length=4"},
+      {"\xF4\x3A\x8A\xB7", "Invalid character (2), Character=0x3A, Length=4"},
+      {"\xE0\x0A\x80", "Invalid character (2), Character=0xA, Length=3"},
       {"\x80", "Invalid character (1), Character=0x80, Length=1"},
       {"\xF5\x80\x80\x80", "Invalid character (1), Character=0xF5, Length=4"},
       {"\xF8\x88\x80\x80\x80", "Unrecognized sequence length, Length=5"},
