@@ -21,7 +21,21 @@ std::string_view SuffixKey(std::string_view tail) {
 
 }  // namespace
 
+void CFilterIndex::CSieve::Add(std::string_view key) {
+  const std::size_t bit = Signature(key) & (m_words.size() * 64 - 1);
+  m_words[bit / 64] |= std::uint64_t(1) << (bit % 64);
+}
+
+void CFilterIndex::CSieve::Rebuild(const TMap& map) {
+  std::size_t words = 1;
+  while (words * 64 < map.size() * 16) words *= 2;
+  m_words.assign(words, 0);
+  for (const auto& entry : map) Add(entry.first);
+}
+
 void CFilterIndex::Clear() {
+  m_prefixSieve = CSieve();
+  m_componentSieve = CSieve();
   m_exact.clear();
   m_suffix.clear();
   m_prefix.clear();
@@ -31,11 +45,17 @@ void CFilterIndex::Clear() {
   m_applies = 0;
 }
 
-void CFilterIndex::Put(TMap& map, const std::string& key, std::uint32_t position) {
+void CFilterIndex::Put(TMap& map, const std::string& key, std::uint32_t position, CSieve* sieve) {
   auto found = map.find(key);
   if (found == map.end()) {
     m_keys.push_back(key);
     found = map.emplace(std::string_view(m_keys.back()), TBucket()).first;
+    if (sieve) {
+      if (map.size() * 16 > sieve->Bits())
+        sieve->Rebuild(map);
+      else
+        sieve->Add(found->first);
+    }
   }
   found->second.push_back(position);
 }
@@ -78,7 +98,7 @@ void CFilterIndex::Add(const CFilterTerm& term, std::uint32_t position, bool exp
   const std::size_t firstWild = base.find_first_of("*?[");
   const std::size_t folderEnd = base.rfind('\\', firstWild);
   if (folderEnd != std::string_view::npos && folderEnd > 0) {
-    Put(m_prefix, std::string(base.substr(0, folderEnd)), position);
+    Put(m_prefix, std::string(base.substr(0, folderEnd)), position, &m_prefixSieve);
     return;
   }
   // The last literal component.
@@ -87,7 +107,7 @@ void CFilterIndex::Add(const CFilterTerm& term, std::uint32_t position, bool exp
     const std::size_t from = start == std::string_view::npos ? 0 : start + 1;
     const std::string_view component = base.substr(from, end - from);
     if (!component.empty() && !HasWildcard(component)) {
-      Put(m_component, std::string(component), position);
+      Put(m_component, std::string(component), position, &m_componentSieve);
       return;
     }
     end = start;
@@ -127,8 +147,9 @@ std::uint32_t CFilterIndex::FindFirst(const std::vector<CFilterTerm>& terms, uns
     std::size_t start = 0;
     for (std::size_t i = 0; i <= key.size(); ++i) {
       if (i < key.size() && key[i] != '\\') continue;
-      if (i > 0 && !m_prefix.empty()) lookUp(m_prefix, key.substr(0, i));
-      if (i > start && !m_component.empty()) lookUp(m_component, key.substr(start, i - start));
+      if (i > 0 && m_prefixSieve.MayHold(key.substr(0, i))) lookUp(m_prefix, key.substr(0, i));
+      if (i > start && m_componentSieve.MayHold(key.substr(start, i - start)))
+        lookUp(m_component, key.substr(start, i - start));
       start = i + 1;
     }
   }

@@ -46,13 +46,41 @@ class CFilterIndex {
   typedef std::vector<std::uint32_t> TBucket;
   typedef std::unordered_map<std::string_view, TBucket> TMap;
 
-  void Put(TMap& map, const std::string& key, std::uint32_t position);
+  // A bit per (length, first unit, last unit) signature of the keys of a
+  // map: a path asks the map only about the parts whose bit is set, which
+  // spares most hash look-ups (a path has a prefix and a component per
+  // level). About 16 bits per key.
+  class CSieve {
+   public:
+    void Add(std::string_view key);
+    void Rebuild(const TMap& map);
+    bool MayHold(std::string_view key) const {
+      if (m_words.empty()) return false;
+      const std::size_t bit = Signature(key) & (m_words.size() * 64 - 1);
+      return (m_words[bit / 64] >> (bit % 64)) & 1;
+    }
+    std::size_t Bits() const { return m_words.size() * 64; }
+
+   private:
+    static std::size_t Signature(std::string_view key) {
+      const std::uint64_t mixed =
+          (static_cast<std::uint64_t>(key.size()) << 16 | static_cast<unsigned char>(key.front()) << 8 |
+           static_cast<unsigned char>(key.back())) *
+          0x9E3779B97F4A7C15ULL;
+      return static_cast<std::size_t>(mixed >> 40);
+    }
+    std::vector<std::uint64_t> m_words;
+  };
+
+  void Put(TMap& map, const std::string& key, std::uint32_t position, CSieve* sieve = nullptr);
 
   std::deque<std::string> m_keys;  // the text behind the maps' keys
   TMap m_exact;
   TMap m_suffix;
   TMap m_prefix;
   TMap m_component;
+  CSieve m_prefixSieve;
+  CSieve m_componentSieve;
   TBucket m_generic;
   unsigned long m_applies = 0;
 };

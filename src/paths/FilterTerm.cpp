@@ -50,15 +50,6 @@ CFilterContext::~CFilterContext() = default;
 // ---------------------------------------------------------------------------
 // CFilterTermTestString
 
-struct CFilterTermTestString::TLazy {
-  bool utf32Made = false;
-  std::vector<unsigned long> utf32;  // empty: not valid UTF-8
-  bool foldedMade = false;
-  std::string folded;
-  bool indexMade = false;
-  std::string index;
-};
-
 CFilterTermTestString::CFilterTermTestString(const std::string& path, bool exposeRoot) : m_exposeRoot(exposeRoot) {
   const std::size_t skip = !path.empty() && path[0] == '\\' ? 1 : 0;
   const std::size_t trailing = path.size() > skip + 1 && path.back() == '\\' ? 1 : 0;
@@ -70,53 +61,47 @@ CFilterTermTestString::CFilterTermTestString(const std::string& path, bool expos
 CFilterTermTestString::CFilterTermTestString(const std::wstring& path, bool exposeRoot)
     : CFilterTermTestString(FXString::ToString(path), exposeRoot) {}
 
-CFilterTermTestString::~CFilterTermTestString() = default;
-
 const unsigned long* CFilterTermTestString::ConvertToUtf32() const {
-  if (!m_lazy) m_lazy.reset(new TLazy);
-  if (!m_lazy->utf32Made) {
-    m_lazy->utf32Made = true;
+  if (!(m_made & kUtf32Made)) {
+    m_made |= kUtf32Made;
     std::vector<FXUTF::UTF32> units(m_with.size() + 1);
     const auto* source = reinterpret_cast<const FXUTF::UTF8*>(m_with.data());
     FXUTF::UTF32* target = units.data();
     if (!FXUTF::ConvertUTF8ToUTF32(&source, source + m_with.size(), &target, units.data() + m_with.size(),
                                    FXUTF::strictConversion)
              .IsError()) {
-      m_lazy->utf32.assign(units.data(), target);
-      m_lazy->utf32.push_back(0);
+      m_utf32.assign(units.data(), target);
+      m_utf32.push_back(0);
     }
   }
-  return m_lazy->utf32.empty() ? nullptr : m_lazy->utf32.data();
+  return m_utf32.empty() ? nullptr : m_utf32.data();
 }
 
 const std::string& CFilterTermTestString::GetFoldedKey() const {
-  if (!m_lazy) m_lazy.reset(new TLazy);
-  if (!m_lazy->foldedMade) {
-    m_lazy->foldedMade = true;
-    m_lazy->folded.assign(m_with, 1, std::string::npos);
-    for (char& c : m_lazy->folded) c = FoldAscii(c);
+  if (!(m_made & kFoldedMade)) {
+    m_made |= kFoldedMade;
+    m_folded.assign(m_with, 1, std::string::npos);
+    for (char& c : m_folded) c = FoldAscii(c);
   }
-  return m_lazy->folded;
+  return m_folded;
 }
 
 const std::string& CFilterTermTestString::GetIndexKey() const {
   const std::string& folded = GetFoldedKey();
-  if (!m_lazy->indexMade) {
-    m_lazy->indexMade = true;
+  if (!(m_made & kIndexMade)) {
+    m_made |= kIndexMade;
     if (folded.find_first_of("\xEF\xE2") != std::string::npos) {
       for (std::size_t i = 0; i < folded.size();) {
         const int n = InvisibleAt(folded.data() + i, folded.size() - i);
-        if (n) {
+        if (n)
           i += static_cast<std::size_t>(n);
-        } else {
-          m_lazy->index += folded[i++];
-        }
+        else
+          m_stripped += folded[i++];
       }
-    } else {
-      m_lazy->index = folded;
+      if (m_stripped.size() != folded.size()) m_made |= kStripped;
     }
   }
-  return m_lazy->index;
+  return (m_made & kStripped) ? m_stripped : folded;
 }
 
 // ---------------------------------------------------------------------------

@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include <boost/shared_ptr.hpp>
 
@@ -30,7 +31,6 @@ class ZUUTILS_API CFilterTermTestString {
   explicit CFilterTermTestString(const std::wstring& path, bool exposeRoot = false);
   CFilterTermTestString(const CFilterTermTestString&) = delete;
   CFilterTermTestString& operator=(const CFilterTermTestString&) = delete;
-  ~CFilterTermTestString();
 
   const char* GetStringWithLeadingBackslash() const { return m_with.c_str(); }
   const char* GetStringWithoutLeadingBackslash() const { return m_with.c_str() + 1; }
@@ -47,10 +47,13 @@ class ZUUTILS_API CFilterTermTestString {
   const std::string& GetIndexKey() const;
 
  private:
-  struct TLazy;
+  enum : unsigned char { kUtf32Made = 1, kFoldedMade = 2, kIndexMade = 4, kStripped = 8 };
   std::string m_with;
   bool m_exposeRoot;
-  mutable std::unique_ptr<TLazy> m_lazy;
+  mutable unsigned char m_made = 0;
+  mutable std::string m_folded;
+  mutable std::string m_stripped;  // made only when the text holds invisible characters
+  mutable std::vector<unsigned long> m_utf32;
 };
 
 // One filter rule. Engines: 1 wildcard path match (CPathMatchUnc), 3 match

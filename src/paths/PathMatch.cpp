@@ -34,6 +34,9 @@ struct TUnits<char> {
     return 0;
   }
   static long long Signed(char c) { return static_cast<signed char>(c); }
+  // True for 0xE2 and 0xEF, the first bytes of the invisible characters
+  // (and for a few other bytes, which then take the general path).
+  static bool MayBeInvisible(char c) { return (static_cast<unsigned char>(c) | 0x0D) == 0xEF; }
 };
 
 template <>
@@ -44,6 +47,7 @@ struct TUnits<unsigned long> {
     return *text == 0xFEFF || *text == 0x200B || *text == 0x200C ? 1 : 0;
   }
   static long long Signed(unsigned long c) { return static_cast<long long>(static_cast<std::int32_t>(c)); }
+  static bool MayBeInvisible(unsigned long c) { return c >= 0x200B; }
 };
 
 template <class C>
@@ -192,8 +196,15 @@ int CPathMatchTemplate<C>::doMatch(const TContext& context, const C* p, const C*
            (at == context.subjectStart || (pathname && at[-1] == m_delimiter));
   };
   for (;;) {
-    s = SkipInvisible(s);
     C c = *p;
+    // The common step first: a plain pattern character against a subject
+    // character that cannot start an invisible one.
+    if (c != 0 && !IsWildcard(c) && c != m_escape && *s != 0 && !TUnits<C>::MayBeInvisible(*s)) {
+      if (Fold(*s, insensitive) != c) return kNoMatch;
+      ++p, ++s;
+      continue;
+    }
+    s = SkipInvisible(s);
     if (c == 0) return *s == 0 ? kMatch : kNoMatch;
     if (c == C('*')) return doStar(context, p, s, flags);
     if (c == C('?')) {
@@ -273,10 +284,16 @@ int CPathMatchTemplate<C>::doStar(const TContext& context, const C* p, const C* 
   // try already did. Without pathname that holds only for a rest of the
   // pattern that holds no delimiter at all.
   const bool mayStop = recursive || pathname || !myStrchr(q, m_delimiter);
+  // A try whose first element is a plain character that the subject does
+  // not hold there fails at once and writes nothing: it needs no call.
+  const C head = *q;
+  const bool plainHead = !IsWildcard(head) && head != m_escape && head != m_delimiter;
+  const bool insensitive = m_caseInsensitive != 0;
   int result = kAbortAll;
   for (;;) {
     s = SkipInvisible(s);
-    const int tried = doMatch(context, q, s, tryFlags);
+    const int tried =
+        plainHead && *s != 0 && Fold(*s, insensitive) != head ? kNoMatch : doMatch(context, q, s, tryFlags);
     if (tried == kMatch) return kMatch;
     if (recursive) {
       // A later component may still do; running out of subject ends it.
@@ -399,11 +416,34 @@ class CCodePoints {
 CPathMatch::CPathMatch() = default;
 CPathMatch::~CPathMatch() = default;
 
+namespace {
+
+bool IsAscii(const char* text) {
+  const std::size_t length = std::strlen(text);
+  std::uint64_t any = 0;
+  std::size_t i = 0;
+  for (; i + 8 <= length; i += 8) {
+    std::uint64_t word;
+    std::memcpy(&word, text + i, 8);
+    any |= word;
+  }
+  for (; i < length; ++i) any |= static_cast<unsigned char>(text[i]);
+  return (any & 0x8080808080808080ULL) == 0;
+}
+
+}  // namespace
+
 CZuError CPathMatch::initialize(const char* pattern, bool isWildcard, bool wildcardOnlyInName) {
   if (!pattern) pattern = "";
   m_longMode = false;
+  m_asciiPattern = IsAscii(pattern);
+  m_plainLead = 0;
   CZuError result = m_byte.initialize(pattern, isWildcard, wildcardOnlyInName);
   if (result.IsError()) return result.Push(ZU_HERE("CPathMatch::initialize"));
+  const char* compiled = m_byte.getPattern();
+  while (compiled[m_plainLead] && static_cast<unsigned char>(compiled[m_plainLead]) < 0x80 &&
+         !std::strchr("*?[", compiled[m_plainLead]) && compiled[m_plainLead] != m_byte.getEscape())
+    ++m_plainLead;
   if (!isWildcard || !std::strpbrk(pattern, "?[")) return result;
   CCodePoints points;
   result = points.Convert(pattern);
@@ -415,7 +455,25 @@ CZuError CPathMatch::initialize(const char* pattern, bool isWildcard, bool wildc
 
 CPathMatchResult CPathMatch::match(CPathMatchWorkData& workData, const char* subject) {
   if (!subject) subject = "";
-  if (m_longMode) {
+  // A subject that differs from the pattern's plain ASCII lead, before
+  // either ends or meets another byte, fails in both templates at once and
+  // leaves the marks as a failed literal comparison does.
+  const bool fold = !m_byte.getCaseSensitivity();
+  for (std::size_t i = 0; i < m_plainLead; ++i) {
+    const char c = subject[i];
+    if (c == 0 || static_cast<unsigned char>(c) >= 0x80) break;
+    const char folded = fold && c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
+    if (folded != m_byte.getPattern()[i]) {
+      workData.m_nextBasename = nullptr;
+      workData.m_recursive = false;
+      workData.m_matchEverything = false;
+      workData.m_literal = true;
+      workData.m_long = false;
+      workData.m_subject = subject;
+      return PATHMATCH_NOMATCH;
+    }
+  }
+  if (m_longMode && !(m_asciiPattern && IsAscii(subject))) {
     CCodePoints points;
     CZuError converted = points.Convert(subject);
     if (!converted.IsError()) {

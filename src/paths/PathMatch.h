@@ -158,6 +158,9 @@ class ZUUTILS_API CPathMatch {
   virtual CZuError initialize(const char* pattern, bool isWildcard, bool wildcardOnlyInName);
   // In long mode the subject is converted to code points; a subject that is
   // not valid UTF-8 is logged (level 4) and matched by the byte template.
+  // An ASCII subject against an ASCII pattern needs no conversion: every
+  // unit is a code point, so the byte template gives the same answer, marks
+  // and next component (the work data then says it did not run long).
   virtual CPathMatchResult match(CPathMatchWorkData& workData, const char* subject);
   CPathMatchResult match(const char* subject);
   // Always the 32-bit template (compiled only in long mode).
@@ -183,6 +186,8 @@ class ZUUTILS_API CPathMatch {
   CPathMatchTemplate<char> m_byte;
   CPathMatchTemplate<unsigned long> m_long;
   bool m_longMode = false;
+  bool m_asciiPattern = true;
+  std::size_t m_plainLead = 0;  // leading compiled units that are plain ASCII
 };
 
 // UNC paths become an ordinary first component: "\\srv\share\x" is matched

@@ -10,6 +10,7 @@
 #include "errors/ErrorUtil.h"
 #include "paths/PathMatch.h"
 #include "support/CountingNew.h"
+#include "text/StringConvert.h"
 
 namespace {
 
@@ -253,6 +254,52 @@ void Differential(unsigned seed, int rounds) {
     ASSERT_EQ(wd.isRecursiveMatch(), reference.recursive) << where;
     ASSERT_EQ(wd.isMatchEverything(), reference.matchEverything) << where;
     ASSERT_EQ(wd.isLiteralMatch(), reference.literal) << where;
+  }
+}
+
+// CPathMatch's shortcuts (the plain lead, ASCII subjects in long mode)
+// must give what its templates give.
+TEST(PathMatch, PublicMatcherAgreesWithItsTemplates) {
+  static const char* const kPieces[] = {"C:", "\\", "a", "A", "\xC3\xA9", "*", "?", "[a-z]", "[!a]", "**", "x"};
+  std::mt19937 rng(5);
+  auto build = [&](int maxCount) {
+    std::string out;
+    for (int i = static_cast<int>(rng() % static_cast<unsigned>(maxCount)); i >= 0; --i) out += kPieces[rng() % 11];
+    return out;
+  };
+  for (int round = 0; round < 20000; ++round) {
+    const std::string pattern = build(6);
+    std::string subject = build(8);
+    if (rng() % 8 == 0) subject += "\xFF";
+    CPathMatch m;
+    if (rng() % 3 == 0) m.caseInsensitive();
+    ASSERT_FALSE(m.initialize(pattern.c_str(), true, false).IsError());
+    CPathMatchWorkData got, want;
+    const CPathMatchResult result = m.match(got, subject.c_str());
+    std::wstring wide = FXString::ToWstring(subject);
+    std::basic_string<unsigned long> points(wide.begin(), wide.end());
+    const bool valid = subject.find('\xFF') == std::string::npos;
+    const CPathMatchResult expected = m.IsLongMode() && valid ? m.longTemplate().match(want, points.c_str())
+                                                              : m.byteTemplate().match(want, subject.c_str());
+    const std::string where = pattern + " ~ " + subject;
+    ASSERT_EQ(result, expected) << where;
+    ASSERT_EQ(got.isRecursiveMatch(), want.isRecursiveMatch()) << where;
+    ASSERT_EQ(got.isMatchEverything(), want.isMatchEverything()) << where;
+    ASSERT_EQ(got.isLiteralMatch(), want.isLiteralMatch()) << where;
+    ASSERT_EQ(got.nextBasenameExists(), want.nextBasenameExists()) << where;
+    std::string gotNext;
+    const CBaseNameType gotType = m.getNextBasename(got, gotNext);
+    if (m.IsLongMode() && valid) {
+      unsigned long buffer[CPathMatchTemplate<unsigned long>::kMaxPatternLength + 1];
+      ASSERT_EQ(gotType, m.longTemplate().getNextBasename(want, buffer, std::size(buffer))) << where;
+      std::wstring next;
+      for (const unsigned long* p = buffer; *p; ++p) next += static_cast<wchar_t>(*p);
+      ASSERT_EQ(gotNext, FXString::ToString(next)) << where;
+    } else {
+      char buffer[CPathMatchTemplate<char>::kMaxPatternLength + 1];
+      ASSERT_EQ(gotType, m.byteTemplate().getNextBasename(want, buffer, sizeof buffer)) << where;
+      ASSERT_EQ(gotNext, buffer) << where;
+    }
   }
 }
 
