@@ -89,6 +89,41 @@ CPathMatchTemplate<C>::CPathMatchTemplate() : m_delimiter(C('\\')), m_escape(C('
 }
 
 template <class C>
+void CPathMatchTemplate<C>::caseInsensitive() {
+  m_caseInsensitive = 1;
+}
+
+template <class C>
+void CPathMatchTemplate<C>::caseSensitive() {
+  m_caseInsensitive = 0;
+}
+
+template <class C>
+bool CPathMatchTemplate<C>::getCaseSensitivity() const {
+  return m_caseInsensitive == 0;
+}
+
+template <class C>
+C CPathMatchTemplate<C>::getDelimiter() const {
+  return m_delimiter;
+}
+
+template <class C>
+void CPathMatchTemplate<C>::setEscape(C escape) {
+  m_escape = escape;
+}
+
+template <class C>
+C CPathMatchTemplate<C>::getEscape() const {
+  return m_escape;
+}
+
+template <class C>
+const C* CPathMatchTemplate<C>::getPattern() const {
+  return m_pattern;
+}
+
+template <class C>
 std::size_t CPathMatchTemplate<C>::myStrlen(const C* text) {
   const C* p = text;
   while (*p) ++p;
@@ -459,11 +494,12 @@ CPathMatchResult CPathMatch::match(CPathMatchWorkData& workData, const char* sub
   // either ends or meets another byte, fails in both templates at once and
   // leaves the marks as a failed literal comparison does.
   const bool fold = !m_byte.getCaseSensitivity();
+  const char* lead = m_byte.getPattern();
   for (std::size_t i = 0; i < m_plainLead; ++i) {
     const char c = subject[i];
     if (c == 0 || static_cast<unsigned char>(c) >= 0x80) break;
     const char folded = fold && c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
-    if (folded != m_byte.getPattern()[i]) {
+    if (folded != lead[i]) {
       workData.m_nextBasename = nullptr;
       workData.m_recursive = false;
       workData.m_matchEverything = false;

@@ -112,16 +112,18 @@ class ZUUTILS_API CPathMatchTemplate {
   // kMaxPatternLength + 1 units always holds it).
   CBaseNameType getNextBasename(const CPathMatchWorkData& workData, C* buffer, std::size_t capacity) const;
 
-  void caseInsensitive() { m_caseInsensitive = 1; }
-  void caseSensitive() { m_caseInsensitive = 0; }
-  bool getCaseSensitivity() const { return m_caseInsensitive == 0; }
+  // Members are defined out of line: the DLL exports the two instances
+  // whole, and an inline member of an exported instance would be missing.
+  void caseInsensitive();
+  void caseSensitive();
+  bool getCaseSensitivity() const;
   // "," "." and "/" pair with the escape "\", and "\" with "/"; any other
   // delimiter is kept, logged, and leaves the escape as it was.
   void setDelimiter(C delimiter);
-  C getDelimiter() const { return m_delimiter; }
-  void setEscape(C escape) { m_escape = escape; }
-  C getEscape() const { return m_escape; }
-  const C* getPattern() const { return m_pattern; }
+  C getDelimiter() const;
+  void setEscape(C escape);
+  C getEscape() const;
+  const C* getPattern() const;
 
   static std::size_t myStrlen(const C* text);
   static const C* myStrchr(const C* text, C unit);
