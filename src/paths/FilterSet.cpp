@@ -218,7 +218,7 @@ CFilterSet::~CFilterSet() = default;
 
 boost::shared_ptr<CFilterSetNode> CFilterSet::Search(const std::string& path) const {
   boost::shared_ptr<CFilterSetNode> node = m_root;
-  std::string folded = path;
+  std::string folded = path.c_str();  // a NUL ends a path
   for (char& c : folded) c = FoldAscii(c);
   ForEachComponent(folded, [&](std::string_view component) {
     const auto found = node->m_impl->children.find(component);
@@ -262,7 +262,7 @@ CZuError CFilterSet::AddFilterItem(BFilterNodeState state, const std::string& pa
     term.SetContext(std::move(context));
     return AddFilterItem(state, term, prefix);
   }
-  const std::string full = Join(prefix, path);
+  const std::string full = Join(prefix.c_str(), path.c_str());  // a NUL ends a path
   bool any = false;
   ForEachComponent(full, [&](std::string_view) { return !(any = true); });
   if (!any)
@@ -293,7 +293,7 @@ CZuError CFilterSet::AddFilterItem(BFilterNodeState state, const CFilterTerm& te
   if (engine.IsError())
     CZuLogger::GetGlobalInstance().LogMessage(1, "CFilterSet::AddFilterItem", __LINE__, nullptr,
                                               "InitializeEngine failed, error=%s", engine.AsString().c_str());
-  boost::shared_ptr<CFilterSetNode> node = Node(prefix);
+  boost::shared_ptr<CFilterSetNode> node = Node(prefix.c_str());
   if (state.IsSet(BFilterNodeState::FILTER_NODE_NOINHERIT))
     CFilterSetInternals::SetState(*node, BFilterNodeState(BFilterNodeState::FILTER_NODE_NOINHERIT));
   std::vector<CFilterTerm>& list = isFilter ? node->m_filters : node->m_exceptions;

@@ -51,11 +51,12 @@ CFilterContext::~CFilterContext() = default;
 // CFilterTermTestString
 
 CFilterTermTestString::CFilterTermTestString(const std::string& path, bool exposeRoot) : m_exposeRoot(exposeRoot) {
-  const std::size_t skip = !path.empty() && path[0] == '\\' ? 1 : 0;
-  const std::size_t trailing = path.size() > skip + 1 && path.back() == '\\' ? 1 : 0;
-  m_with.reserve(path.size() + 1 - skip);
+  const std::size_t length = std::strlen(path.c_str());  // a NUL ends the path, as for the matchers
+  const std::size_t skip = length && path[0] == '\\' ? 1 : 0;
+  const std::size_t trailing = length > skip + 1 && path[length - 1] == '\\' ? 1 : 0;
+  m_with.reserve(length + 1 - skip);
   m_with += '\\';
-  m_with.append(path, skip, path.size() - skip - trailing);
+  m_with.append(path, skip, length - skip - trailing);
 }
 
 CFilterTermTestString::CFilterTermTestString(const std::wstring& path, bool exposeRoot)
@@ -141,7 +142,9 @@ bool CFilterTerm::IsWildcardItem(const std::string& text) {
   return text.find_first_of("*?[") != std::string::npos;
 }
 
-CZuError CFilterTerm::LoadRaw(const std::string& raw) {
+CZuError CFilterTerm::LoadRaw(const std::string& text0) {
+  // The text as the C string it stands for: matchers stop at a NUL.
+  const std::string raw = text0.substr(0, text0.find('\0'));
   TData& d = *m_data;
   std::string text = raw;
   bool engineGiven = false;

@@ -92,7 +92,7 @@ class ZUUTILS_API CFilterTerm {
   // "\**\*<tail>" (the tail free of wildcards, escapes and delimiters) is
   // turned into engine 3 with that tail. Fails with 87 "Malformed raw
   // filter; context close '>' not found, Filter=[%s]" or 87 "Malformed raw
-  // filter; empty filter term, Filter=[%s]".
+  // filter; empty filter term, Filter=[%s]". A NUL ends the raw text.
   CZuError LoadRaw(const std::string& raw);
   // The raw form, which LoadRaw reads back to the same term.
   std::string GetRawFilterTerm() const;

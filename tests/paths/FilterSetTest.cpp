@@ -410,6 +410,14 @@ TEST(FilterSet, HostileInputFinishes) {
   EXPECT_FALSE(set.IsIn(wide));
   std::string invalid = "C:\\\xFF\xFE\\a";
   EXPECT_FALSE(set.IsIn(invalid));
+  // A NUL ends raw terms and paths alike, for the index as for the matcher.
+  CFilterSet nul;
+  CFilterTerm cut;
+  ASSERT_FALSE(cut.LoadRaw(std::string("\\**\\\0cache\\**", 14)).IsError());
+  EXPECT_EQ(cut.GetFilterTerm(), "\\**\\");
+  ASSERT_FALSE(nul.AddFilterItem(kFilter, cut).IsError());
+  EXPECT_TRUE(nul.IsIn(std::string("D:\\x\0y", 6)));
+  EXPECT_TRUE(cut.Matches(std::string("D:\\x")));
 }
 
 }  // namespace
