@@ -168,6 +168,9 @@ class ZUUTILS_API CPathMatch {
   // Always the 32-bit template (compiled only in long mode).
   CPathMatchResult match(CPathMatchWorkData& workData, const unsigned long* subject);
 
+  // useLong converts pattern and subject to code points first (invalid
+  // UTF-8 falls back to bytes); the next-basename position, which would
+  // point into the converted copy, is then cleared.
   int fnmatch(CPathMatchWorkData& workData, const char* pattern, const char* subject, int flags,
               bool useLong = false);
   // The next component as UTF-8, converted back when the work data is long.
