@@ -22,7 +22,10 @@
 // cannot succeed either. The answers, the work-data marks and the
 // next-basename position are exactly those of the unbounded recursion, so a
 // pattern such as "*a*a*a*a*a*a*a*a*b" costs time linear in the subject
-// times the number of stars, not exponential.
+// times the number of stars, not exponential. match() always matches with
+// PATHMATCH_FLAG_PATHNAME; a caller of fnmatch without it keeps the plain
+// recursion's cost for a star whose rest of the pattern holds a delimiter,
+// since the marks that such tries write depend on every one of them.
 //
 // Matching in byte mode never allocates; long mode converts the subject once
 // per call. A compiled matcher is read-only while matching: one may serve
