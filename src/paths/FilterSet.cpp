@@ -21,6 +21,9 @@ struct CFilterSetNode::TImpl {
   std::unordered_map<std::string_view, boost::shared_ptr<CFilterSetNode>> children;
   CFilterIndex filterIndex;
   CFilterIndex exceptionIndex;
+  // A term of an engine other than 1 may match below any folder.
+  bool filterBelowAnyFolder = false;
+  bool exceptionBelowAnyFolder = false;
 };
 
 namespace {
@@ -299,6 +302,7 @@ CZuError CFilterSet::AddFilterItem(BFilterNodeState state, const CFilterTerm& te
   std::vector<CFilterTerm>& list = isFilter ? node->m_filters : node->m_exceptions;
   CFilterIndex& index = isFilter ? node->m_impl->filterIndex : node->m_impl->exceptionIndex;
   list.push_back(added);
+  if (added.GetEngine() != 1) (isFilter ? node->m_impl->filterBelowAnyFolder : node->m_impl->exceptionBelowAnyFolder) = true;
   index.Add(added, static_cast<std::uint32_t>(list.size() - 1), m_exposeRoot);
   CFilterSetInternals::Bump(*node, &CFilterSetNode::m_entriesBelow, 1);
   if (isException) CFilterSetInternals::Bump(*node, &CFilterSetNode::m_exceptionsBelow, 1);
@@ -326,7 +330,9 @@ bool CFilterSet::IsMatchPossibleInFolder(const std::string& folder) const {
   const CFilterSetNode* deepest = CFilterSetInternals::Deepest(*this, test.GetFoldedKey(), exact);
   if (exact && (deepest->m_entriesBelow > 0 || deepest->HasEntries())) return true;
   return CFilterSetInternals::Upward(*this, deepest, [&](const CFilterSetNode& n) {
-    if (!IsState(n, BFilterNodeState::FILTER_NODE_PLACEHOLDER)) return true;
+    if (!IsState(n, BFilterNodeState::FILTER_NODE_PLACEHOLDER) || n.m_impl->filterBelowAnyFolder ||
+        n.m_impl->exceptionBelowAnyFolder)
+      return true;
     for (const CFilterTerm& term : n.m_filters)
       if (term.IsMatchPossibleInFolder(test)) return true;
     for (const CFilterTerm& term : n.m_exceptions)
@@ -356,7 +362,7 @@ bool CFilterSet::IsMatchEntireFolder(const std::string& folder) const {
     if (!byTrailingTerm) return false;
     if (exact && (deepest->m_exceptionsBelow > 0)) return false;
     return !reaches([&](const CFilterSetNode& n) {
-      if (IsState(n, BFilterNodeState::FILTER_NODE_EXCEPTION)) return true;
+      if (IsState(n, BFilterNodeState::FILTER_NODE_EXCEPTION) || n.m_impl->exceptionBelowAnyFolder) return true;
       for (const CFilterTerm& term : n.m_exceptions)
         if (canMatchAtOrBelow(term)) return true;
       return false;
@@ -364,7 +370,7 @@ bool CFilterSet::IsMatchEntireFolder(const std::string& folder) const {
   }
   if (exact && deepest->m_entriesBelow > 0) return false;
   return !reaches([&](const CFilterSetNode& n) {
-    if (IsState(n, BFilterNodeState::FILTER_NODE_FILTER)) return true;
+    if (IsState(n, BFilterNodeState::FILTER_NODE_FILTER) || n.m_impl->filterBelowAnyFolder) return true;
     for (const CFilterTerm& term : n.m_filters)
       if (canMatchAtOrBelow(term)) return true;
     return false;
