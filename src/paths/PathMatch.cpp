@@ -79,9 +79,12 @@ CZuError CPathMatch::initialize(const char* pattern, bool isWildcard, bool wildc
   CZuError result = m_byte.initialize(pattern, isWildcard, wildcardOnlyInName);
   if (result.IsError()) return result.Push(ZU_HERE("CPathMatch::initialize"));
   const char* compiled = m_byte.getPattern();
-  while (compiled[m_plainLead] && static_cast<unsigned char>(compiled[m_plainLead]) < 0x80 &&
-         !std::strchr("*?[", compiled[m_plainLead]) && compiled[m_plainLead] != m_byte.getEscape())
+  while (m_plainLead < sizeof m_lead && compiled[m_plainLead] &&
+         static_cast<unsigned char>(compiled[m_plainLead]) < 0x80 && !std::strchr("*?[", compiled[m_plainLead]) &&
+         compiled[m_plainLead] != m_byte.getEscape()) {
+    m_lead[m_plainLead] = compiled[m_plainLead];
     ++m_plainLead;
+  }
   if (!isWildcard || !std::strpbrk(pattern, "?[")) return result;
   CCodePoints points;
   result = points.Convert(pattern);
@@ -96,8 +99,8 @@ CPathMatchResult CPathMatch::match(CPathMatchWorkData& workData, const char* sub
   // A subject that differs from the pattern's plain ASCII lead, before
   // either ends or meets another byte, fails in both templates at once and
   // leaves the marks as a failed literal comparison does.
-  const bool fold = !m_byte.getCaseSensitivity();
-  const char* lead = m_byte.getPattern();
+  const bool fold = m_foldSubject;
+  const char* lead = m_lead;
   for (std::size_t i = 0; i < m_plainLead; ++i) {
     const char c = subject[i];
     if (c == 0 || static_cast<unsigned char>(c) >= 0x80) break;
@@ -188,11 +191,13 @@ CBaseNameType CPathMatch::getNextBasename(const CPathMatchWorkData& workData, st
 }
 
 void CPathMatch::caseInsensitive() {
+  m_foldSubject = true;
   m_byte.caseInsensitive();
   m_long.caseInsensitive();
 }
 
 void CPathMatch::caseSensitive() {
+  m_foldSubject = false;
   m_byte.caseSensitive();
   m_long.caseSensitive();
 }

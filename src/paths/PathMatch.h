@@ -195,7 +195,11 @@ class ZUUTILS_API CPathMatch {
   CPathMatchTemplate<unsigned long> m_long;
   bool m_longMode = false;
   bool m_asciiPattern = true;
-  std::size_t m_plainLead = 0;  // leading compiled units that are plain ASCII
+  // The compiled pattern's leading plain ASCII units (up to 32), for a quick
+  // reject without a call into the templates.
+  std::size_t m_plainLead = 0;
+  char m_lead[32] = {};
+  bool m_foldSubject = false;
 };
 
 // UNC paths become an ordinary first component: "\\srv\share\x" is matched
