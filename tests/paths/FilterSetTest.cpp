@@ -3,6 +3,7 @@
 #include <random>
 #include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -291,6 +292,28 @@ TEST(FilterSet, IndexedDecisionAgreesWithPlainLoop) {
       ASSERT_EQ(set.IsIn(applies, path), ReferenceIsIn(set, applies, path)) << "seed " << seed << " path " << path;
     }
   }
+}
+
+// A built set answers several threads at once as it answers one.
+TEST(FilterSet, ConcurrentQueriesAgree) {
+  TRandomSet gen(77);
+  CFilterSet set;
+  for (int i = 0; i < 200; ++i) set.AddFilterItem(BFilterNodeState(BFilterNodeState::FILTER_NODE_FILTER), gen.Rule());
+  std::vector<std::string> paths;
+  std::vector<char> expected;
+  for (int i = 0; i < 400; ++i) {
+    paths.push_back(gen.Path(static_cast<int>(gen.rng() % 5)));
+    expected.push_back(set.IsIn(paths.back()));
+  }
+  std::vector<int> mismatches(4, 0);
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 4; ++t)
+    threads.emplace_back([&, t] {
+      for (int round = 0; round < 5; ++round)
+        for (std::size_t i = 0; i < paths.size(); ++i) mismatches[t] += set.IsIn(paths[i]) != (expected[i] != 0);
+    });
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(mismatches, std::vector<int>(4, 0));
 }
 
 // Whenever the set says a folder is decided as a whole, or holds nothing it
