@@ -323,6 +323,11 @@ int CPathMatchTemplate<C>::doStar(const TContext& context, const C* p, const C* 
   const bool insensitive = m_caseInsensitive != 0;
   int result = kAbortAll;
   for (;;) {
+    // The same, for a run of such positions of a single star.
+    if (plainHead && !recursive)
+      while (*s != 0 && !TUnits<C>::MayBeInvisible(*s) && (!pathname || *s != m_delimiter) &&
+             Fold(*s, insensitive) != head)
+        ++s;
     s = SkipInvisible(s);
     const int tried =
         plainHead && *s != 0 && Fold(*s, insensitive) != head ? kNoMatch : doMatch(context, q, s, tryFlags);
