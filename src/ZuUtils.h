@@ -23,6 +23,7 @@
 
 #include "text/Ascii85.h"
 #include "text/EnumWrapper.h"
+#include "text/FlagWrapper.h"
 #include "text/Md5.h"
 #include "text/StringAlgo.h"
 #include "text/StringConvert.h"
@@ -45,3 +46,7 @@
 #include "paths/Path.h"
 #include "serialization/Bag.h"
 #include "serialization/SerializedBuffer.h"
+#include "paths/FilterFlags.h"
+#include "paths/FilterSet.h"
+#include "paths/FilterTerm.h"
+#include "paths/PathMatch.h"
