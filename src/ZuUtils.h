@@ -34,3 +34,7 @@
 #include "text/ZuString.h"
 
 #include "time/TimeStamp.h"
+
+#include "cmdline/CmdLineParser.h"
+#include "cmdline/CommandLineArguments.h"
+#include "cmdline/ProgramArguments.h"
