@@ -38,3 +38,6 @@
 #include "cmdline/CmdLineParser.h"
 #include "cmdline/CommandLineArguments.h"
 #include "cmdline/ProgramArguments.h"
+#include "text/TextFile.h"
+#include "text/TextFileReader.h"
+#include "text/TextFileWriter.h"

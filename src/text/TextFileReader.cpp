@@ -1,0 +1,273 @@
+#include "text/TextFileReader.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "platform/CodePage.h"
+#include "platform/PlainFile.h"
+#include "platform/SystemMessage.h"
+#include "text/TextFileSupport.h"
+
+namespace FXTextFile {
+// Defined with CTextFile: the thread's last-error text.
+void SetLastErrorText(const std::string& text);
+}  // namespace FXTextFile
+
+namespace {
+
+using FXTextFile::CLineBuffer;
+
+// A sink that is a std::basic_string: the scratch lines of the conversions.
+template <class Unit>
+struct TStringSink {
+  std::basic_string<Unit>& text;
+  bool Append(const Unit* units, std::size_t count) {
+    text.append(units, count);
+    return true;
+  }
+};
+
+// Collects a line straight into the caller's buffer while it has room;
+// a longer line gathers in the scratch string (which grows geometrically)
+// and goes to the caller's buffer in one step, so that the buffer is grown
+// once, to the line's size rounded up to 1024, instead of block by block.
+class CSpillingSink {
+ public:
+  CSpillingSink(CLineBuffer<char>& out, std::string& spill) : m_out(out), m_spill(spill) {}
+  bool Append(const char* text, std::size_t count) {
+    if (!m_spilled && m_out.HasRoom(count)) return m_out.Append(text, count);
+    if (!m_spilled) {
+      m_spill.assign(m_out.Size() == 0 ? "" : m_out.Data(), m_out.Size());
+      m_spilled = true;
+    }
+    m_spill.append(text, count);
+    return true;
+  }
+  // False when the line could not be stored.
+  bool Done() {
+    if (!m_spilled) return true;
+    m_out.Clear();
+    return m_out.Append(m_spill.data(), m_spill.size());
+  }
+
+ private:
+  CLineBuffer<char>& m_out;
+  std::string& m_spill;
+  bool m_spilled = false;
+};
+
+// The line's units in host order as wide characters.
+template <bool kSwapped>
+bool PutUnitsAsWide(std::u16string& units, CLineBuffer<wchar_t>& out) {
+  if (kSwapped)
+    for (char16_t& unit : units) unit = FXTextFile::Swapped(unit);
+  if (!out.Reserve(units.size())) return false;
+  out.Added(FXTextFile::UnitsToWide(units.data(), units.size(), out.End()));
+  return true;
+}
+
+bool PutUtf16AsWide(const std::u16string& units, CLineBuffer<wchar_t>& out) {
+  if (!out.Reserve(units.size())) return false;
+  out.Added(FXTextFile::UnitsToWide(units.data(), units.size(), out.End()));
+  return true;
+}
+
+}  // namespace
+
+CTextFileReader::CTextFileReader(const std::string& path, FXPlatform::CPlainFile* file, std::size_t bufferSize,
+                                 const TTextFileSettings* settings)
+    : m_path(path), m_file(file), m_bufferSize(bufferSize), m_endOfFile(bufferSize == 0), m_settings(settings) {
+  if (bufferSize != 0) m_buffer.reset(new char[bufferSize]);
+}
+
+CTextFileReader::~CTextFileReader() = default;
+
+int CTextFileReader::ReadChar() { return -1; }
+
+int CTextFileReader::ReadLine(int* length, wchar_t** line) {
+  *length = 0;
+  return CLineBuffer<wchar_t>(line).Finish(length, -1);
+}
+
+int CTextFileReader::ReadLine(int* length, char** line) {
+  *length = 0;
+  return CLineBuffer<char>(line).Finish(length, -1);
+}
+
+// Loads the next block behind what is left of the last (less than a unit):
+// 1 with data, 0 at the end, -2 on a read error.
+int CTextFileReader::Fill() {
+  if (m_endOfFile) return 0;
+  const std::size_t carry = m_valid - m_position;
+  if (carry != 0) std::memmove(m_buffer.get(), m_buffer.get() + m_position, carry);
+  m_position = 0;
+  m_valid = carry;
+  std::size_t read = 0;
+  const FXPlatform::TSystemError error = m_file->Read(m_buffer.get() + carry, m_bufferSize - carry, read);
+  if (error.win32 != 0) {
+    std::string text;
+    FXPlatform::SystemMessage(error.win32, text);
+    if (text.size() >= 2) text.resize(text.size() - 2);  // the message's line end
+    FXTextFile::SetLastErrorText(text);
+    return -2;
+  }
+  if (read == 0) {
+    m_endOfFile = true;
+    return 0;
+  }
+  m_valid += read;
+  return 1;
+}
+
+template <class Unit, bool kSwapped, class Sink>
+int CTextFileReader::Collect(Sink& sink) {
+  const Unit lineFeed = kSwapped ? Unit(0x0A00) : Unit(0x0A);
+  const Unit carriageReturn = kSwapped ? Unit(0x0D00) : Unit(0x0D);
+  for (;;) {
+    while (m_valid - m_position < sizeof(Unit)) {
+      const int rc = Fill();
+      if (rc != 1) return rc == 0 ? -1 : -2;
+    }
+    const Unit* const base = reinterpret_cast<const Unit*>(m_buffer.get());
+    const Unit* const begin = base + m_position / sizeof(Unit);
+    const Unit* const end = base + m_valid / sizeof(Unit);
+    const Unit* found;
+    if (sizeof(Unit) == 1) {
+      found = static_cast<const Unit*>(std::memchr(begin, lineFeed, static_cast<std::size_t>(end - begin)));
+      if (found == nullptr) found = end;
+    } else {
+      found = std::find(begin, end, lineFeed);
+    }
+    if (found != end) {
+      const Unit* stop = found;
+      if (stop > begin && stop[-1] == carriageReturn) --stop;
+      if (!sink.Append(begin, static_cast<std::size_t>(stop - begin))) return -2;
+      m_position = static_cast<std::size_t>(found + 1 - base) * sizeof(Unit);
+      return 0;
+    }
+    if (!sink.Append(begin, static_cast<std::size_t>(end - begin))) return -2;
+    m_position = static_cast<std::size_t>(end - base) * sizeof(Unit);
+  }
+}
+
+template <class Unit, bool kSwapped>
+int CTextFileReader::NextUnit() {
+  for (;;) {
+    while (m_valid - m_position < sizeof(Unit)) {
+      const int rc = Fill();
+      if (rc != 1) return rc == 0 ? -1 : -2;
+    }
+    Unit unit;
+    std::memcpy(&unit, m_buffer.get() + m_position, sizeof(Unit));
+    m_position += sizeof(Unit);
+    if (kSwapped) unit = static_cast<Unit>(FXTextFile::Swapped(static_cast<char16_t>(unit)));
+    if (unit != Unit(13)) return static_cast<int>(static_cast<std::make_unsigned_t<Unit>>(unit));
+  }
+}
+
+// ANSI: narrow lines as they are; wide ones through the code page, or
+// byte by byte with pass-through.
+int ANSI_CTextFileReader::ReadChar() { return NextUnit<char, false>(); }
+
+int ANSI_CTextFileReader::ReadLine(int* length, char** line) {
+  *length = 0;
+  CLineBuffer<char> out(line);
+  CSpillingSink sink(out, m_bytes);
+  const int rc = Collect<char, false>(sink);
+  if (!sink.Done()) return -2;
+  return out.Finish(length, rc);
+}
+
+int ANSI_CTextFileReader::ReadLine(int* length, wchar_t** line) {
+  *length = 0;
+  m_bytes.clear();
+  TStringSink<char> raw{m_bytes};
+  int rc = Collect<char, false>(raw);
+  CLineBuffer<wchar_t> out(line);
+  if (m_settings->ansiPassThru) {
+    if (!out.Reserve(m_bytes.size())) return -2;
+    wchar_t* p = out.End();
+    for (const char c : m_bytes) *p++ = static_cast<wchar_t>(static_cast<unsigned char>(c));
+    out.Added(m_bytes.size());
+  } else {
+    m_units.clear();
+    if (!FXPlatform::CodePageToUtf16(m_settings->codePage, m_bytes.data(), m_bytes.size(), m_units) ||
+        !PutUtf16AsWide(m_units, out))
+      rc = -2;
+  }
+  return out.Finish(length, rc);
+}
+
+int UTF16LE_CTextFileReader::ReadChar() { return NextUnit<char16_t, false>(); }
+int UTF16BE_CTextFileReader::ReadChar() { return NextUnit<char16_t, true>(); }
+
+// UTF-16: wide lines are the units; narrow ones go through the code page.
+template <bool kSwapped>
+int CTextFileReader::ReadUtf16Line(int* length, wchar_t** line) {
+  *length = 0;
+  m_units.clear();
+  TStringSink<char16_t> raw{m_units};
+  const int rc = Collect<char16_t, kSwapped>(raw);
+  CLineBuffer<wchar_t> out(line);
+  if (!PutUnitsAsWide<kSwapped>(m_units, out)) return -2;
+  return out.Finish(length, rc);
+}
+
+template <bool kSwapped>
+int CTextFileReader::ReadUtf16Line(int* length, char** line) {
+  *length = 0;
+  m_units.clear();
+  TStringSink<char16_t> raw{m_units};
+  int rc = Collect<char16_t, kSwapped>(raw);
+  if (kSwapped)
+    for (char16_t& unit : m_units) unit = FXTextFile::Swapped(unit);
+  m_narrow.clear();
+  if (!FXPlatform::Utf16ToCodePage(m_settings->codePage, m_units.data(), m_units.size(), m_settings->unknownChar,
+                                   m_narrow))
+    rc = -2;
+  CLineBuffer<char> out(line);
+  if (!out.Append(m_narrow.data(), m_narrow.size())) return -2;
+  return out.Finish(length, rc);
+}
+
+int UTF16LE_CTextFileReader::ReadLine(int* length, wchar_t** line) { return ReadUtf16Line<false>(length, line); }
+int UTF16LE_CTextFileReader::ReadLine(int* length, char** line) { return ReadUtf16Line<false>(length, line); }
+int UTF16BE_CTextFileReader::ReadLine(int* length, wchar_t** line) { return ReadUtf16Line<true>(length, line); }
+int UTF16BE_CTextFileReader::ReadLine(int* length, char** line) { return ReadUtf16Line<true>(length, line); }
+
+// UTF-8: wide lines decoded; narrow ones as they are when the code page is
+// UTF-8 and the line well-formed (or with pass-through), else through UTF-16
+// into the code page.
+int UTF8_CTextFileReader::ReadChar() { return NextUnit<char, false>(); }
+
+int UTF8_CTextFileReader::ReadLine(int* length, wchar_t** line) {
+  *length = 0;
+  m_bytes.clear();
+  TStringSink<char> raw{m_bytes};
+  int rc = Collect<char, false>(raw);
+  m_units.clear();
+  FXPlatform::CodePageToUtf16(FXPlatform::kCodePageUtf8, m_bytes.data(), m_bytes.size(), m_units);
+  CLineBuffer<wchar_t> out(line);
+  if (!PutUtf16AsWide(m_units, out)) return -2;
+  return out.Finish(length, rc);
+}
+
+int UTF8_CTextFileReader::ReadLine(int* length, char** line) {
+  *length = 0;
+  CLineBuffer<char> out(line);
+  CSpillingSink sink(out, m_bytes);
+  int rc = Collect<char, false>(sink);
+  if (!sink.Done()) return -2;
+  if (m_settings->ansiPassThru || rc == -2) return out.Finish(length, rc);
+  const bool utf8 = m_settings->codePage == FXPlatform::kCodePageUtf8;
+  if (utf8 && FXTextFile::IsWellFormedUtf8(*line, out.Size())) return out.Finish(length, rc);
+  m_units.clear();
+  FXPlatform::CodePageToUtf16(FXPlatform::kCodePageUtf8, *line, out.Size(), m_units);
+  m_narrow.clear();
+  if (!FXPlatform::Utf16ToCodePage(m_settings->codePage, m_units.data(), m_units.size(), m_settings->unknownChar,
+                                   m_narrow))
+    rc = -2;
+  CLineBuffer<char> converted(line);
+  if (!converted.Append(m_narrow.data(), m_narrow.size())) return -2;
+  return converted.Finish(length, rc);
+}
