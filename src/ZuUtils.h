@@ -41,3 +41,4 @@
 #include "text/TextFile.h"
 #include "text/TextFileReader.h"
 #include "text/TextFileWriter.h"
+#include "text/IniFile.h"

@@ -222,11 +222,16 @@ CZuError CArgumentList::RemoveOption(const std::string& name, bool withValue) {
   std::size_t at = FindOption(name);
   if (at == kNotFound)
     return FXErrorUtil::ErrorWin32(ZU_HERE(m_where.removeOption), ERROR_NOT_FOUND, "OptionName=%s", name.c_str());
-  for (; at != kNotFound; at = FindOption(name, at)) {
-    const std::size_t count = withValue && at + 1 < m_arguments.size() ? 2 : 1;
-    m_arguments.erase(m_arguments.begin() + static_cast<std::ptrdiff_t>(at),
-                      m_arguments.begin() + static_cast<std::ptrdiff_t>(at + count));
+  // One pass that keeps everything but the occurrences (and their values).
+  std::size_t kept = at;
+  while (at < m_arguments.size()) {
+    const std::size_t skip = withValue && at + 1 < m_arguments.size() ? 2 : 1;
+    const std::size_t next = FindOption(name, at + skip);
+    const std::size_t stop = next == kNotFound ? m_arguments.size() : next;
+    for (std::size_t i = at + skip; i < stop; ++i) m_arguments[kept++] = std::move(m_arguments[i]);
+    at = stop;
   }
+  m_arguments.erase(m_arguments.begin() + static_cast<std::ptrdiff_t>(kept), m_arguments.end());
   return CZuError::Success();
 }
 
