@@ -73,6 +73,10 @@ void CopyEntry(char* buffer, const char* value, std::size_t length) {
 
 // The section's entries into the buffer, as names (keysOnly) or entries.
 std::uint32_t ListSection(const TSection& section, char* buffer, std::uint32_t size, bool withValues) {
+  if (size < 2) {  // no room for a list's two terminators: nothing at all
+    buffer[0] = '\0';
+    return 0;
+  }
   char* p = buffer;
   std::uint32_t length = size;
   for (const TEntry& e : section.entries) {
@@ -200,7 +204,7 @@ std::uint32_t GetSection(const TProfile& profile, const char* section, std::uint
   std::vector<char> buffer(size + 2, '\0');
   for (const TSection& s : profile.sections)
     if (EqualNoCase(s.name, section, std::strlen(section))) {
-      const std::uint32_t count = size < 2 ? 0 : ListSection(s, buffer.data(), size, true);
+      const std::uint32_t count = ListSection(s, buffer.data(), size, true);
       out.assign(buffer.data(), count);
       return count;
     }

@@ -116,6 +116,7 @@ int CTextFileReader::Fill() {
     return 0;
   }
   m_valid += read;
+  ++m_loads;
   return 1;
 }
 
@@ -252,15 +253,36 @@ int UTF8_CTextFileReader::ReadLine(int* length, wchar_t** line) {
   return out.Finish(length, rc);
 }
 
+// A line that began right after a line feed of the current block and ended
+// at another lies between the block's first and last line feeds: when that
+// span is well-formed, so is the line (it is cut at ASCII bytes).
+bool UTF8_CTextFileReader::IsWellFormedLine(const char* line, std::size_t size, std::size_t loads, std::size_t start) {
+  if (loads != m_loads || start == 0 || start > m_valid || m_buffer[start - 1] != '\n')
+    return FXTextFile::IsWellFormedUtf8(line, size);
+  if (m_checkedLoad != m_loads) {
+    const char* const base = m_buffer.get();
+    const char* const first = static_cast<const char*>(std::memchr(base, '\n', m_valid));
+    if (first == nullptr) return FXTextFile::IsWellFormedUtf8(line, size);
+    const char* last = base + m_valid;
+    while (last > first && last[-1] != '\n') --last;
+    m_loadWellFormed = FXTextFile::IsWellFormedUtf8(first + 1, static_cast<std::size_t>(last - first - 1));
+    m_checkedLoad = m_loads;
+  }
+  return m_loadWellFormed || FXTextFile::IsWellFormedUtf8(line, size);
+}
+
 int UTF8_CTextFileReader::ReadLine(int* length, char** line) {
   *length = 0;
+  const std::size_t loads = m_loads, start = m_position;
   CLineBuffer<char> out(line);
   CSpillingSink sink(out, m_bytes);
   int rc = Collect<char, false>(sink);
   if (!sink.Done()) return -2;
   if (m_settings->ansiPassThru || rc == -2) return out.Finish(length, rc);
   const bool utf8 = m_settings->codePage == FXPlatform::kCodePageUtf8;
-  if (utf8 && FXTextFile::IsWellFormedUtf8(*line, out.Size())) return out.Finish(length, rc);
+  if (utf8 && (rc == 0 ? IsWellFormedLine(*line, out.Size(), loads, start)
+                       : FXTextFile::IsWellFormedUtf8(*line, out.Size())))
+    return out.Finish(length, rc);
   m_units.clear();
   FXPlatform::CodePageToUtf16(FXPlatform::kCodePageUtf8, *line, out.Size(), m_units);
   m_narrow.clear();

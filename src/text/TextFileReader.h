@@ -46,6 +46,7 @@ class ZUUTILS_API CTextFileReader {
   std::size_t m_position = 0;  // bytes
   std::size_t m_valid = 0;     // bytes
   bool m_endOfFile = false;
+  std::size_t m_loads = 0;  // blocks read so far
   const TTextFileSettings* m_settings;
   // Scratch space of the conversions, kept to spare an allocation per line.
   std::string m_bytes;
@@ -86,4 +87,12 @@ class ZUUTILS_API UTF8_CTextFileReader : public CTextFileReader {
   int ReadChar() override;
   int ReadLine(int* length, wchar_t** line) override;
   int ReadLine(int* length, char** line) override;
+
+ private:
+  bool IsWellFormedLine(const char* line, std::size_t size, std::size_t loads, std::size_t start);
+
+  // Whether the whole lines of the current block are well-formed, checked
+  // once per block rather than once per line.
+  std::size_t m_checkedLoad = 0;
+  bool m_loadWellFormed = false;
 };

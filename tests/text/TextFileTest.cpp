@@ -184,6 +184,32 @@ TEST(TextFile, InvalidInputConvertsWithoutFailing) {
               ReadAll("\xEF\xBB\xBF\xC3(\xED\xA0" "b", 0, wide));
 }
 
+// Narrow lines of a UTF-8 file pass unchanged exactly when well-formed,
+// wherever the sequence falls within the 16-byte blocks of the check.
+TEST(TextFile, WellFormedUtf8PassesIllFormedIsReplaced) {
+  const std::string good[] = {"\xC3\xA9", "\xE6\x96\x87", "\xF0\x9F\x98\x80", "\xF4\x8F\xBF\xBF", "\xED\x9F\xBF"};
+  const std::string bad[] = {"\xC0\x80", "\xC1\xBF", "\xE0\x80\x80", "\xED\xA0\x80", "\xF0\x80\x80\x80",
+                             "\xF4\x90\x80\x80", "\xF5\x80\x80\x80", "\x80", "\xC3", "\xE6\x96", "\xFF",
+                             "\xC3\xA9\xA9"};
+  std::string text = "\xEF\xBB\xBF", expected;
+  std::vector<std::pair<std::string, bool>> lines;
+  for (std::size_t offset = 0; offset < 34; ++offset) {
+    for (const std::string& g : good) lines.emplace_back(std::string(offset, 'a') + g + "z", true);
+    for (const std::string& b : bad) {
+      lines.emplace_back(std::string(offset, 'a') + b + "z", false);
+      lines.emplace_back(std::string(offset, 'a') + b, false);  // at the end of the line
+    }
+  }
+  for (const auto& line : lines) text += line.first + "\n";
+  const LineList got = ReadAll(text, 0, false);
+  ASSERT_EQ(lines.size() + 1, got.size());
+  for (std::size_t i = 0; i < lines.size(); ++i) {
+    SCOPED_TRACE(testing::PrintToString(lines[i].first));
+    EXPECT_EQ(lines[i].second, got[i].second == lines[i].first);
+    EXPECT_EQ(FXString::ToString(FXString::ToWstring(got[i].second)), got[i].second);
+  }
+}
+
 TEST(TextFile, CodePages) {
   struct {
     int codePage;
