@@ -6,7 +6,9 @@
 // 1250-1258, 437, 850, 932, 936, 949 and 950; 65001 (UTF-8) goes through
 // the library's own transcoder. Other code pages are refused there.
 //
-// Bytes that do not form a character of the code page become U+FFFD;
+// Bytes that do not form a character of the code page become U+FFFD (in
+// UTF-8 one for each maximal ill-formed part; Windows differs in a few
+// cases, such as the encoded surrogates ED A0..BF xx);
 // characters the code page lacks become the replacement text (or "?" when
 // it is empty; UTF-8 never needs one, and Windows takes only the first byte,
 // as WideCharToMultiByte's default character is one character).

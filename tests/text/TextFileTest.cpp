@@ -81,7 +81,7 @@ TEST(TextFile, DetectsTheEncodingFromTheMark) {
       {std::string("\xFE\xFF\0a\0\r\0\n\0b", 10), 3, {{0, "a"}, {-1, "b"}}, {}},
       {"\xEF\xBB\xBF" "a\r\nb", 4, {{0, "a"}, {-1, "b"}}, {}},
       {"\xFF" "A\n", 1, {{0, "\xEF\xBF\xBD" "A"}, {-1, ""}}, {{0, "\xFF" "A"}, {-1, ""}}},  // the FF is text
-      {"\xEF\xBB" "A", 1, {{-1, "\xEF\xBF\xBD\xEF\xBF\xBD" "A"}}, {{-1, "\xEF\xBB" "A"}}},
+      {"\xEF\xBB" "A", 1, {{-1, "\xEF\xBF\xBD" "A"}}, {{-1, "\xEF\xBB" "A"}}},
       {"\xFE", 1, {{-1, "\xEF\xBF\xBD"}}, {{-1, "\xFE"}}},
       {"plain\n\n", 1, {{0, "plain"}, {0, ""}, {-1, ""}}, {}},
   };
@@ -132,6 +132,7 @@ TEST(TextFile, CarriageReturnsAcrossBufferLoads) {
   for (int c; (c = file.ReadChar()) >= 0;) chars += static_cast<char>(c);
   EXPECT_EQ("a\nbc", chars);
   EXPECT_EQ(-1, file.ReadChar());
+  file.Close();
   WriteBytes(TempPath("chars.txt"), le);
   ASSERT_EQ(0, file.Open(TempPath("chars.txt"), 1, 0));
   std::vector<int> units;
@@ -178,10 +179,10 @@ TEST(TextFile, InvalidInputConvertsWithoutFailing) {
     EXPECT_EQ(0xD800, static_cast<int>(line[0]));
     CTextFile::FreeLineBuffer(line);
   }
-  // Ill-formed UTF-8: each bad byte is one U+FFFD, narrow and wide.
+  // Ill-formed UTF-8 becomes U+FFFD, narrow and wide.
   for (bool wide : {false, true})
-    EXPECT_EQ((LineList{{-1, "\xEF\xBF\xBD(\xEF\xBF\xBD\xEF\xBF\xBD" "b"}}),
-              ReadAll("\xEF\xBB\xBF\xC3(\xED\xA0" "b", 0, wide));
+    EXPECT_EQ((LineList{{-1, "\xEF\xBF\xBD(\xEF\xBF\xBD" "b\xEF\xBF\xBD"}}),
+              ReadAll("\xEF\xBB\xBF\xC3(\xE6\x96" "b\xF0\x9F\x98", 0, wide));
 }
 
 // Narrow lines of a UTF-8 file pass unchanged exactly when well-formed,

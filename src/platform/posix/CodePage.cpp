@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "text/UTF.h"
+#include "text/UTFCore.h"
 
 namespace FXPlatform {
 
@@ -114,9 +115,10 @@ void AppendUtf8AsUtf16(const char* bytes, std::size_t size, std::u16string& out)
   while (source < end) {
     UTF16* const targetEnd = reinterpret_cast<UTF16*>(&out[0] + out.size());
     if (!ConvertUTF8ToUTF16(&source, end, &target, targetEnd, lenientConversion).IsError()) break;
-    // An ill-formed or cut sequence: U+FFFD for its first byte.
+    // An ill-formed or cut sequence: one U+FFFD for its maximal subpart,
+    // as Unicode recommends and as MultiByteToWideChar does for most.
     *target++ = 0xFFFD;
-    ++source;
+    source += FXUTFDetail::MaximalSubpart(source, end);
   }
   out.resize(static_cast<std::size_t>(reinterpret_cast<char16_t*>(target) - &out[0]));
 }
