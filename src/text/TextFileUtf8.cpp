@@ -149,6 +149,7 @@ __attribute__((target("ssse3"))) bool IsWellFormedSsse3(const unsigned char* p, 
 }  // namespace
 
 bool IsWellFormedUtf8(const char* text, std::size_t size) {
+  if (size == 0) return true;  // text may be null then
   const unsigned char* p = reinterpret_cast<const unsigned char*>(text);
 #ifdef ZU_UTF8_SSSE3
   if (HasSsse3()) return IsWellFormedSsse3(p, size);
