@@ -18,7 +18,7 @@ class CLineBuffer {
   static constexpr std::size_t kHeader = 12;
   static constexpr std::size_t kStep = 1024;
 
-  explicit CLineBuffer(Char** line) : m_line(line) {}
+  explicit CLineBuffer(Char** line) : m_line(line), m_allocated(*line == nullptr ? 0 : ReadAllocated(*line)) {}
 
   // False when the memory could not be had; the buffer stays valid.
   bool Append(const Char* text, std::size_t count) {
@@ -31,7 +31,7 @@ class CLineBuffer {
   // counted with Added.
   bool Reserve(std::size_t count) {
     const std::size_t needed = count + 1;  // the terminator
-    if (*m_line != nullptr && needed <= Allocated()) return true;
+    if (needed <= m_allocated) return true;
     if (needed > 0x7FFFFFFF / sizeof(Char) - kStep) return false;
     const std::size_t allocated = (needed + kStep - 1) / kStep * kStep;
     void* block = *m_line == nullptr ? nullptr : Header(*m_line);
@@ -42,10 +42,11 @@ class CLineBuffer {
     std::memcpy(grown + 4, &size, 4);
     if (block == nullptr) std::memset(grown + 8, 0, 4);
     *m_line = reinterpret_cast<Char*>(grown + kHeader);
+    m_allocated = allocated;
     return true;
   }
   // Whether `count` characters more fit without growing the block.
-  bool HasRoom(std::size_t count) const { return *m_line != nullptr && m_used + count + 1 <= Allocated(); }
+  bool HasRoom(std::size_t count) const { return m_used + count + 1 <= m_allocated; }
   void Clear() { m_used = 0; }
   Char* Data() { return *m_line; }
   Char* End() { return *m_line + m_used; }
@@ -54,7 +55,7 @@ class CLineBuffer {
   // Terminates the line and records its length; `rc` when that worked,
   // else -2.
   int Finish(int* length, int rc) {
-    if (!Reserve(m_used)) return -2;
+    if (*m_line == nullptr && !Reserve(0)) return -2;  // the terminator always fits after Append
     (*m_line)[m_used] = Char(0);
     const std::uint32_t used = static_cast<std::uint32_t>(m_used + 1);
     std::memcpy(Header(*m_line) + 8, &used, 4);
@@ -68,13 +69,14 @@ class CLineBuffer {
   }
 
  private:
-  std::size_t Allocated() const {
+  static std::size_t ReadAllocated(Char* line) {
     std::uint32_t size;
-    std::memcpy(&size, Header(*m_line) + 4, 4);
+    std::memcpy(&size, Header(line) + 4, 4);
     return size;
   }
 
   Char** m_line;
+  std::size_t m_allocated;  // 0 without a block
   std::size_t m_used = 0;
 };
 
