@@ -1,4 +1,5 @@
-// Text files: narrow lines in the UTF-8 code page are well-formed; any
+// Text files: narrow lines of UTF-8 files in the UTF-8 code page are
+// well-formed; any
 // bytes, read in each encoding with any buffer size, give
 // the same lines as one read with the whole file in the buffer (carriage
 // returns aside, which may stay at a buffer boundary by design); the wide
@@ -31,6 +32,8 @@ void Store(const std::string& bytes) {
   Check(file.Write(bytes.data(), bytes.size()).win32 == 0);
 }
 
+int g_encoding = 0;  // of the file ReadLines read last
+
 template <class Char>
 std::vector<std::basic_string<Char>> ReadLines(int flags, int bufferSize, unsigned codePage, bool passThru) {
   CTextFile file;
@@ -38,6 +41,7 @@ std::vector<std::basic_string<Char>> ReadLines(int flags, int bufferSize, unsign
   file.SetAnsiPassThru(passThru);
   std::vector<std::basic_string<Char>> lines;
   if (file.Open(Path(), CTextFile::kModeRead, flags, bufferSize) != 0) return lines;
+  g_encoding = file.GetEncoding();
   Char* line = nullptr;
   for (int rc = 0; rc == 0;) {
     int length = -1;
@@ -63,11 +67,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   std::string bytes(reinterpret_cast<const char*>(data) + 2, size - 2);
 
   Store(bytes);
-  // Narrow lines in the UTF-8 code page are well-formed UTF-8 (unless the
-  // bytes pass through), which the library's lenient converters keep as
-  // they are.
+  // Narrow lines of a UTF-8 file in the UTF-8 code page are well-formed
+  // (unless the bytes pass through), which the library's lenient converters
+  // keep as they are (up to a NUL, where they stop).
   for (const std::string& line : ReadLines<char>(flags, bufferSize, codePage, passThru))
-    Check(codePage != 65001 || passThru || FXString::ToString(FXString::ToWstring(line)) == line);
+    Check(g_encoding != CTextFile::kUtf8 || codePage != 65001 || passThru || line.find('\0') != std::string::npos ||
+          FXString::ToString(FXString::ToWstring(line)) == line);
   (void)ReadLines<wchar_t>(flags, bufferSize, codePage, passThru);
   CTextFile chars;
   if (chars.Open(Path(), CTextFile::kModeRead, flags, bufferSize) == 0)

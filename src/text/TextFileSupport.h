@@ -122,7 +122,7 @@ inline void WideToUnits(const wchar_t* text, std::size_t count, std::u16string& 
 
 // Whether the bytes are well-formed UTF-8 (no overlong forms, surrogates
 // or values above U+10FFFF). 16 bytes at a time where the processor has
-// SSSE3 (TextFileUtf8.cpp), else a byte at a time after word-sized ASCII runs.
+// SSSE3 or AVX2 (TextFileUtf8.cpp), else a byte at a time.
 bool IsWellFormedUtf8(const char* text, std::size_t size);
 
 }  // namespace FXTextFile
