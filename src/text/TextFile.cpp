@@ -3,6 +3,7 @@
 
 #include <cstdarg>
 #include <cwchar>
+#include <new>
 #include <vector>
 
 #include "platform/CodePage.h"
@@ -69,8 +70,18 @@ int CTextFile::Open(const std::string& path, int mode, int flags, int bufferSize
     FXTextFile::SetLastErrorText("Failed to open file [" + path + "] - " + ErrorText(error));
     return -2;
   }
-  if (mode == kModeRead) return OpenReader();
+  // A buffer of the caller's size may not be had: that fails the open.
+  try {
+    return mode == kModeRead ? OpenReader() : OpenWriter(path, mode, flags);
+  } catch (const std::bad_alloc&) {
+    Close();
+    FXTextFile::SetLastErrorText("Failed to open file [" + path + "] - " + ErrorText(FXPlatform::TSystemError{
+                                     static_cast<DWORD>(ERROR_NOT_ENOUGH_MEMORY), -1}));
+    return -2;
+  }
+}
 
+int CTextFile::OpenWriter(const std::string& path, int mode, int flags) {
   if (m_encoding == kDetect) m_encoding = kAnsi;
   long long size = 0;
   if (m_file->GetSize(size).win32 != 0 || (mode == kModeAppend && size > 0 && m_file->SeekToEnd().win32 != 0)) {

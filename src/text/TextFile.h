@@ -104,6 +104,7 @@ class ZUUTILS_API CTextFile {
 
  private:
   int OpenReader();
+  int OpenWriter(const std::string& path, int mode, int flags);
   int BeforeText();
 
   std::string m_path;

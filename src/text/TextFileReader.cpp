@@ -74,20 +74,18 @@ class CSpillingSink {
   bool m_spilled = false;
 };
 
-// The line's units in host order as wide characters.
-template <bool kSwapped>
-bool PutUnitsAsWide(std::u16string& units, CLineBuffer<wchar_t>& out) {
-  if (kSwapped)
-    for (char16_t& unit : units) unit = FXTextFile::Swapped(unit);
+bool PutUtf16AsWide(const std::u16string& units, CLineBuffer<wchar_t>& out) {
   if (!out.Reserve(units.size())) return false;
   out.Added(FXTextFile::UnitsToWide(units.data(), units.size(), out.End()));
   return true;
 }
 
-bool PutUtf16AsWide(const std::u16string& units, CLineBuffer<wchar_t>& out) {
-  if (!out.Reserve(units.size())) return false;
-  out.Added(FXTextFile::UnitsToWide(units.data(), units.size(), out.End()));
-  return true;
+// The line's units in host order as wide characters.
+template <bool kSwapped>
+bool PutUnitsAsWide(std::u16string& units, CLineBuffer<wchar_t>& out) {
+  if (kSwapped)
+    for (char16_t& unit : units) unit = FXTextFile::Swapped(unit);
+  return PutUtf16AsWide(units, out);
 }
 
 }  // namespace
