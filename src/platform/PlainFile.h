@@ -1,9 +1,9 @@
 // A file read or written through a handle, in the manner of CreateFile,
 // ReadFile and WriteFile: what CTextFile and the INI writer stand on.
 //
-// Paths are UTF-8. Windows opens them through the wide API; a path of
-// MAX_PATH characters or more is made absolute and given the "\\?\" (or
-// "\\?\UNC\") prefix, so that long paths open too. POSIX maps the drive
+// Paths are UTF-8. Windows opens them through the wide API; a path of 248
+// characters or more (near MAX_PATH) is made absolute and given the "\\?\"
+// (or "\\?\UNC\") prefix, so that long paths open too. POSIX maps the drive
 // form "Z:\..." (the whole file system, as wine shows it) to "/...";
 // every other path is used as it is. Failures carry the Win32 code on both
 // platforms (the errno beneath it on POSIX).
