@@ -91,7 +91,17 @@ inline std::size_t UnitsToWide(const char16_t* units, std::size_t count, wchar_t
     return count;
   }
   wchar_t* const start = out;
-  for (std::size_t i = 0; i < count; ++i) {
+  std::size_t i = 0;
+  // Blocks of eight units without a surrogate widen as they are.
+  while (i + 8 <= count) {
+    unsigned surrogates = 0;
+    for (std::size_t k = 0; k < 8; ++k) surrogates |= (units[i + k] & 0xF800u) == 0xD800u;
+    if (surrogates != 0) break;
+    for (std::size_t k = 0; k < 8; ++k) out[k] = static_cast<wchar_t>(units[i + k]);
+    out += 8;
+    i += 8;
+  }
+  for (; i < count; ++i) {
     const char32_t unit = units[i];
     if (unit >= 0xD800 && unit < 0xDC00 && i + 1 < count && units[i + 1] >= 0xDC00 && units[i + 1] < 0xE000) {
       *out++ = static_cast<wchar_t>(0x10000 + ((unit - 0xD800) << 10) + (units[i + 1] - 0xDC00));
