@@ -11,7 +11,7 @@
 
 #include "text/TextFileSupport.h"
 
-#if defined(__x86_64__) || defined(_M_X64)
+#if !defined(ZU_PORTABLE) && (defined(__x86_64__) || defined(_M_X64))
 #include <immintrin.h>
 #define ZU_UTF8_SSSE3 1
 #endif
