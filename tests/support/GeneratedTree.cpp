@@ -29,7 +29,7 @@ TGeneratedTree GenerateTree(const std::string& root, const TTreeShape& shape) {
     const std::size_t wanted = static_cast<std::size_t>(uniform(1, shape.maxEntriesPerFolder));
     const std::size_t count = std::max<std::size_t>(1, std::min(wanted, budget));
     const bool chain = depth < shape.minDepth && pending.empty();
-    int subfolders = depth < shape.maxDepth ? uniform(0, 3) : 0;
+    int subfolders = depth < shape.maxDepth ? uniform(1, 5) : 0;
     if (chain) subfolders = std::max(subfolders, 1);
     if (budget <= count) subfolders = chain ? 1 : 0;
     subfolders = std::min<int>(subfolders, static_cast<int>(count));
