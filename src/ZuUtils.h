@@ -34,3 +34,6 @@
 #include "text/ZuString.h"
 
 #include "time/TimeStamp.h"
+
+#include "threads/AlertableEventThread.h"
+#include "threads/Event.h"
