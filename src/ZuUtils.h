@@ -37,3 +37,4 @@
 
 #include "threads/AlertableEventThread.h"
 #include "threads/Event.h"
+#include "paths/Path.h"

@@ -1,0 +1,250 @@
+// The text rules shared by the path functions, once for both character
+// types. Internal to the library.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include "errors/ErrorUtil.h"
+#include "paths/Path.h"
+#include "platform/ZuTypes.h"
+
+namespace FXPath {
+namespace Detail {
+
+template <class Char>
+using TView = std::basic_string_view<Char>;
+template <class Char>
+using TString = std::basic_string<Char>;
+
+template <class Char>
+constexpr Char kSep = Char('\\');
+
+template <class Char>
+Char Lower(Char c) {
+  return (c >= Char('A') && c <= Char('Z')) ? static_cast<Char>(c - Char('A') + Char('a')) : c;
+}
+
+// Whether s begins with the ASCII literal, folding case unless exact.
+template <class Char>
+bool StartsWith(TView<Char> s, std::string_view literal, bool exact = false) {
+  if (s.size() < literal.size()) return false;
+  for (std::size_t i = 0; i < literal.size(); ++i) {
+    const Char c = s[i], l = static_cast<Char>(literal[i]);
+    if (c != l && (exact || Lower(c) != Lower(l))) return false;
+  }
+  return true;
+}
+
+template <class Char>
+bool EqualNoCase(TView<Char> a, TView<Char> b) {
+  if (a.size() != b.size()) return false;
+  for (std::size_t i = 0; i < a.size(); ++i)
+    if (a[i] != b[i] && Lower(a[i]) != Lower(b[i])) return false;
+  return true;
+}
+
+template <class Char>
+void AppendAscii(TString<Char>& s, std::string_view literal) {
+  for (char c : literal) s.push_back(static_cast<Char>(c));
+}
+
+template <class Char>
+bool IsDriveLetter(Char c) {
+  return (c >= Char('a') && c <= Char('z')) || (c >= Char('A') && c <= Char('Z'));
+}
+
+// "X:" at the start (any character before the colon, as the rules read).
+template <class Char>
+bool HasDriveColon(TView<Char> p) {
+  return p.size() >= 2 && p[1] == Char(':');
+}
+
+// A path reduced for sameness and ancestry: where its comparable rest
+// starts and how long it is, and its marks.
+struct TReduced {
+  std::size_t offset = 0;
+  std::size_t length = 0;
+  bool unc = false;
+  bool relative = false;
+};
+
+template <class Char>
+TReduced Reduce(TView<Char> p) {
+  TReduced r;
+  if (StartsWith(p, "\\\\?\\")) {
+    r.offset = 4;
+    if (StartsWith(p.substr(4), "UNC\\")) {
+      r.offset = 8;
+      r.unc = true;
+    }
+  } else if (StartsWith(p, "\\\\")) {
+    r.offset = 2;
+    r.unc = true;
+  } else if (!p.empty() && p[0] == kSep<Char>) {
+    r.offset = 1;
+    r.relative = true;
+  } else {
+    r.relative = !HasDriveColon(p);
+  }
+  r.length = p.size() - r.offset;
+  if (r.length > 0 && p[p.size() - 1] == kSep<Char>) --r.length;
+  return r;
+}
+
+template <class Char>
+bool DevicePath(TView<Char> p) {
+  return p.size() >= 21 && StartsWith(p, "\\\\?\\GLOBALROOT\\Device");
+}
+
+template <class Char>
+bool ShadowPath(TView<Char> p) {
+  return p.size() >= 46 && StartsWith(p, "\\\\?\\GLOBALROOT\\Device\\HarddiskVolumeShadowCopy");
+}
+
+template <class Char>
+bool VolumeGuidPath(TView<Char> p) {
+  if (StartsWith(p, "\\\\?\\Volume{")) return true;
+  if (!StartsWith(p, "\\\\?\\") && !StartsWith(p, "\\\\.\\")) return false;
+  const std::size_t open = p.find(Char('{'));
+  if (open == TView<Char>::npos) return false;
+  const std::size_t close = p.find(Char('}'), open + 1);
+  return close != TView<Char>::npos && close - open - 1 == 36;
+}
+
+template <class Char>
+bool VolumeUniqueId(TView<Char> text) {
+  constexpr std::string_view kPrefix = "UniqueId:";
+  if (!StartsWith(text, kPrefix)) return false;
+  const TView<Char> digits = text.substr(kPrefix.size());
+  if (digits.empty() || digits.size() % 2 != 0) return false;
+  for (Char c : digits) {
+    const Char l = Lower(c);
+    if (!((l >= Char('0') && l <= Char('9')) || (l >= Char('a') && l <= Char('f')))) return false;
+  }
+  return true;
+}
+
+template <class Char>
+bool SamePath(TView<Char> a, TView<Char> b) {
+  const TReduced ra = Reduce(a), rb = Reduce(b);
+  return ra.unc == rb.unc && EqualNoCase(a.substr(ra.offset, ra.length), b.substr(rb.offset, rb.length));
+}
+
+template <class Char>
+bool Ancestor(TView<Char> a, TView<Char> b, bool allowEqual) {
+  const TReduced ra = Reduce(a), rb = Reduce(b);
+  if (ra.unc != rb.unc || ra.relative != rb.relative || ra.length > rb.length) return false;
+  if (ra.length > 0 && !EqualNoCase(a.substr(ra.offset, ra.length), b.substr(rb.offset, ra.length))) return false;
+  if (ra.length == rb.length) return allowEqual;
+  if (!ra.relative || ra.length > 0) return b[rb.offset + ra.length] == kSep<Char>;
+  return true;
+}
+
+// The length of the root (see Path.h), or false for an unterminated
+// "\\?\Volume{".
+template <class Char>
+bool RootLength(TView<Char> p, std::size_t& length) {
+  // Up to and with the next separator from `from`, or the whole text.
+  auto through = [&p](std::size_t from) {
+    const std::size_t at = p.find(kSep<Char>, from);
+    return at == TView<Char>::npos ? p.size() : at + 1;
+  };
+  if (StartsWith(p, "\\\\?\\")) {
+    const TView<Char> rest = p.substr(4);
+    if (StartsWith(rest, "UNC\\")) {
+      const std::size_t server = through(8);
+      length = server < p.size() ? through(server) : server;
+    } else if (StartsWith(rest, "GLOBALROOT\\Device\\")) {
+      length = through(4 + 18);
+    } else if (StartsWith(rest, "Volume{")) {
+      const std::size_t close = p.find(Char('}'), 11);
+      if (close == TView<Char>::npos) return false;
+      length = close + 1 < p.size() && p[close + 1] == kSep<Char> ? close + 2 : close + 1;
+    } else {
+      length = through(4);
+    }
+  } else if (StartsWith(p, "\\\\.\\")) {
+    length = through(4);
+  } else if (StartsWith(p, "\\\\")) {
+    const std::size_t server = through(2);
+    length = server < p.size() ? through(server) : server;
+  } else if (HasDriveColon(p)) {
+    length = p.size() > 2 && p[2] == kSep<Char> ? 3 : 2;
+  } else {
+    length = !p.empty() && p[0] == kSep<Char> ? 1 : 0;
+  }
+  return true;
+}
+
+// Fully qualified: a root other than "" and "\" (and a drive's root only
+// with its separator).
+template <class Char>
+bool IsFullyQualified(TView<Char> p) {
+  if (StartsWith(p, "\\\\")) return true;
+  return HasDriveColon(p) && p.size() > 2 && (p[2] == kSep<Char> || p[2] == Char('/'));
+}
+
+// A path of kMaxPathLength characters or more, reported by `function`.
+inline CZuError TooLong(const char* function, std::size_t length) {
+  return FXErrorUtil::ErrorWin32(FXCodeLocation(__FILE__, function, __LINE__), ERROR_FILENAME_EXCED_RANGE,
+                                 "Path is too long, Length=%llu", static_cast<unsigned long long>(length));
+}
+
+// The rules of Append: how the base changes, without allocating more than
+// the one growth of the result.
+template <class Char>
+struct TAppendPlan {
+  bool nothing = false;
+  bool separator = false;
+  TView<Char> tail;
+};
+
+template <class Char>
+TAppendPlan<Char> PlanAppend(TView<Char> base, TView<Char> tail, unsigned int flags) {
+  TAppendPlan<Char> plan;
+  if ((flags & kAppendEmptyTail) == 0 && tail.empty()) {
+    plan.nothing = true;
+    return plan;
+  }
+  plan.separator = base.empty() ? (flags & kAppendNoLeadingDelimiter) == 0 : base.back() != kSep<Char>;
+  plan.tail = !tail.empty() && tail.front() == kSep<Char> ? tail.substr(1) : tail;
+  return plan;
+}
+
+template <class Char>
+CZuError AppendTo(TString<Char>& base, TView<Char> tail, unsigned int flags) {
+  const TAppendPlan<Char> plan = PlanAppend<Char>(base, tail, flags);
+  if (plan.nothing) return CZuError::Success();
+  const std::size_t length = base.size() + (plan.separator ? 1 : 0) + plan.tail.size();
+  if (length >= kMaxPathLength)
+    return TooLong("FXPath::Append", length);
+  base.reserve(length);
+  if (plan.separator) base.push_back(kSep<Char>);
+  base.append(plan.tail);
+  return CZuError::Success();
+}
+
+// Narrow text that reaches the system must be UTF-8; wide text must hold no
+// lone surrogate (UTF-16) or value beyond U+10FFFF.
+bool IsWellFormed(TView<char> text);
+bool IsWellFormed(TView<wchar_t> text);
+
+// Where in the path the part below the deepest registered synthetic mount
+// point that contains it begins; 0 when none does.
+std::size_t DeepestRegisteredMountEnd(TView<char> path);
+std::size_t DeepestRegisteredMountEnd(TView<wchar_t> path);
+
+// The text for error messages (UTF-8).
+inline std::string Printable(TView<char> text) { return std::string(text); }
+std::string Printable(TView<wchar_t> text);
+
+// The narrow text as the system layer takes it (UTF-8) and back.
+inline const std::string& ToSystem(const std::string& text) { return text; }
+std::string ToSystem(const std::wstring& text);
+inline void FromSystem(const std::string& text, std::string& out) { out = text; }
+void FromSystem(const std::string& text, std::wstring& out);
+
+}  // namespace Detail
+}  // namespace FXPath
