@@ -38,3 +38,5 @@
 #include "threads/AlertableEventThread.h"
 #include "threads/Event.h"
 #include "paths/Path.h"
+#include "paths/SimpleFolderIterator.h"
+#include "paths/TraverseFolder.h"

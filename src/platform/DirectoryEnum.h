@@ -72,18 +72,28 @@ enum class EFindStep {
   kFailed,       // the enumeration itself failed; nothing more comes
 };
 
-class ZUUTILS_API CDirectoryEnum {
+// Where a folder's entries come from: the operating system's enumeration
+// below, or another source standing in for it (a snapshot, a test's script).
+class IFolderSource {
+ public:
+  virtual ~IFolderSource() = default;
+  // Starts on a folder, ending the enumeration before.
+  virtual CZuError Open(const std::string& folder) = 0;
+  // "." and ".." are not handed out.
+  virtual EFindStep Next(TFindData& data, CZuError& error) = 0;
+};
+
+class ZUUTILS_API CDirectoryEnum : public IFolderSource {
  public:
   CDirectoryEnum();
-  ~CDirectoryEnum();
+  ~CDirectoryEnum() override;
   CDirectoryEnum(const CDirectoryEnum&) = delete;
   CDirectoryEnum& operator=(const CDirectoryEnum&) = delete;
 
-  // Starts on a folder, closing the one before. The buffers stay with the
-  // object, so one enumerator per thread serves any number of folders.
-  CZuError Open(const std::string& folder);
-  // "." and ".." are not handed out.
-  EFindStep Next(TFindData& data, CZuError& error);
+  // The buffers stay with the object, so one enumerator per thread serves
+  // any number of folders.
+  CZuError Open(const std::string& folder) override;
+  EFindStep Next(TFindData& data, CZuError& error) override;
   void Close();
 
   // Folders opened since construction (successful Open calls).
