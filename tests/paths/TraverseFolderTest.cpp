@@ -349,7 +349,7 @@ TEST(TraverseFolder, FailingReportsAndWorkerInitialisation) {
 class CAbortAfter : public CRecorder, public CAbortOperationCheck {
  public:
   CAbortAfter(const std::string& root, int after, bool byEvent)
-      : CRecorder(root), m_after(after), m_event(boost::make_shared<FXEvent>(FXEvent::kManualReset)) {
+      : CRecorder(root), m_after(after), m_event(boost::make_shared<FXEvent>(DWORD{FXEvent::kManualReset})) {
     if (byEvent)
       SetAbortEvent(m_event);
     else
@@ -427,11 +427,14 @@ void RemoveChain(const std::string& root, int depth, const std::string& name) {
 }
 
 TEST(TraverseFolder, Depth1000AndPathsBeyond4096Bytes) {
+  // Under wine every call resolves the whole path again, so a Windows
+  // build goes 300 deep: still far beyond MAX_PATH.
+  const int depth = kZuIsWindows ? 300 : 1000;
   const struct {
     int depth;
     const char* name;
     bool posixOnly;  // wine hands the kernel the whole path, which it refuses
-  } cases[] = {{1000, "d", false}, {1000, "dddddd", true}};
+  } cases[] = {{depth, "d", false}, {1000, "dddddd", true}};
   for (const auto& c : cases) {
     if (c.posixOnly && kZuIsWindows) continue;
     const std::string root = ZuTest::ScratchFolder("deep");
@@ -449,12 +452,15 @@ TEST(TraverseFolder, Depth1000AndPathsBeyond4096Bytes) {
 
 TEST(TraverseFolder, OneHundredThousandEntriesInOneFolder) {
   const std::string root = ZuTest::ScratchFolder("wide");
-  const int count = 100000;
+  // wine looks through the whole folder for every name it creates (names
+  // are case-insensitive there), so a Windows build makes 4,000: still
+  // several batches of the enumeration.
+  const int count = kZuIsWindows ? 4000 : 100000;
   for (int i = 0; i < count; ++i) std::ofstream(fs::u8path(root) / ("entry" + std::to_string(i)));
   CRecorder walk(root);
   ASSERT_FALSE(walk.Run(2).IsError());
   EXPECT_EQ(static_cast<std::size_t>(count), walk.files.size());
-  EXPECT_EQ(1u, walk.files.count("entry99999"));
+  EXPECT_EQ(1u, walk.files.count("entry" + std::to_string(count - 1)));
   ZuTest::RemoveTree(root);
 }
 
