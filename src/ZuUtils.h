@@ -22,6 +22,7 @@
 
 #include "text/Ascii85.h"
 #include "text/EnumWrapper.h"
+#include "text/FlagWrapper.h"
 #include "text/Md5.h"
 #include "text/StringAlgo.h"
 #include "text/StringConvert.h"
@@ -40,3 +41,7 @@
 #include "paths/Path.h"
 #include "paths/SimpleFolderIterator.h"
 #include "paths/TraverseFolder.h"
+#include "paths/FilterFlags.h"
+#include "paths/FilterSet.h"
+#include "paths/FilterTerm.h"
+#include "paths/PathMatch.h"
