@@ -8,6 +8,12 @@
 //
 // The tree is made once below the temporary folder and kept for later runs
 // (ZU_TRAVERSE_BENCH_TREE names another place).
+//
+// Pruning: a filter set excludes the first-level folders that hold about
+// half the tree; the walk asks it for every folder and queues only those it
+// does not exclude whole, so the excluded folders are never opened (the
+// counters show the folders opened and any excluded one opened by
+// mistake). bfs and find get the same folders as -prune.
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
@@ -15,9 +21,11 @@
 #include <fstream>
 #include <mutex>
 #include <string>
+#include <vector>
 
 #include <benchmark/benchmark.h>
 
+#include "paths/FilterSet.h"
 #include "paths/TraverseFolder.h"
 #include "platform/DirectoryEnum.h"
 #include "support/GeneratedTree.h"
@@ -53,10 +61,29 @@ const TBenchTree& Tree() {
   return tree;
 }
 
+// The root's first-level folders whose subtrees hold about half the entries.
+const std::vector<std::string>& HalfTheTree() {
+  static const std::vector<std::string> half = [] {
+    std::vector<std::string> chosen;
+    std::size_t excluded = 0;
+    for (const auto& child : fs::directory_iterator(Tree().root)) {
+      if (!child.is_directory() || excluded * 2 >= Tree().entries) continue;
+      std::size_t below = 1;
+      for (auto it = fs::recursive_directory_iterator(child.path()); it != fs::recursive_directory_iterator(); ++it)
+        ++below;
+      if ((excluded + below) * 10 > Tree().entries * 6) continue;  // not much over half
+      excluded += below;
+      chosen.push_back(child.path().filename().string());
+    }
+    return chosen;
+  }();
+  return half;
+}
+
 // Runs of a command-line finder with its output to /dev/null; the arguments
 // come before and after the tree's root.
 void RunPeer(benchmark::State& state, const std::string& program, const std::string& before,
-             const std::string& after) {
+             const std::string& after, bool wholeTree = true) {
   const std::string command = program + " " + before + " " + Tree().root + " " + after + " >/dev/null 2>&1";
   if (std::system(("command -v " + program + " >/dev/null 2>&1").c_str()) != 0) {
     state.SkipWithError((program + " is not installed (scripts/setup --bench)").c_str());
@@ -68,8 +95,9 @@ void RunPeer(benchmark::State& state, const std::string& program, const std::str
       return;
     }
   }
-  state.counters["entries/s"] =
-      benchmark::Counter(static_cast<double>(Tree().entries), benchmark::Counter::kIsIterationInvariantRate);
+  if (wholeTree)
+    state.counters["entries/s"] =
+        benchmark::Counter(static_cast<double>(Tree().entries), benchmark::Counter::kIsIterationInvariantRate);
 }
 
 void Bfs(benchmark::State& state) { RunPeer(state, "bfs", "", "-printf '%p %s %T@\\n'"); }
@@ -155,6 +183,7 @@ void Ours(benchmark::State& state, int workers) {
       break;
     }
     entries = walk.GetStatistics().entries;
+    state.counters["folders_opened"] = static_cast<double>(walk.GetStatistics().foldersEnumerated);
   }
   std::fclose(sink);
   // The root itself is not an entry of the tree.
@@ -162,6 +191,63 @@ void Ours(benchmark::State& state, int workers) {
   state.counters["entries/s"] =
       benchmark::Counter(static_cast<double>(Tree().entries), benchmark::Counter::kIsIterationInvariantRate);
 }
+
+// The walk above, asking a filter set about every folder and file.
+class CFilteredWalk : public CPrintingWalk {
+ public:
+  CFilteredWalk(std::FILE* sink, const CFilterSet& filters) : CPrintingWalk(sink), m_filters(filters) {
+    SetMaxWorkers(2);
+    AddFolderToList(FXPlatform::LibraryPathOf(Tree().root));
+  }
+  ~CFilteredWalk() override = default;
+  std::atomic<int> excludedOpened{0};
+
+ protected:
+  CZuError OnTraverseFolder(const std::string& input, const std::string&) override {
+    if (m_filters.IsIn(input)) ++excludedOpened;
+    return CZuError::Success();
+  }
+  CZuError OnFolder(const std::string& input, const std::string& output, const TFindData& data) override {
+    if (m_filters.IsIn(input) && m_filters.IsMatchEntireFolder(input)) return CZuError::Success();
+    return CPrintingWalk::OnFolder(input, output, data);
+  }
+  CZuError OnFile(const std::string& input, const std::string& output, const TFindData& data) override {
+    if (m_filters.IsIn(input)) return CZuError::Success();
+    return CPrintingWalk::OnFile(input, output, data);
+  }
+
+ private:
+  const CFilterSet& m_filters;
+};
+
+void OursPruned(benchmark::State& state) {
+  CFilterSet filters;
+  for (const std::string& name : HalfTheTree())
+    filters.AddFilterItem(BFilterNodeState(BFilterNodeState::FILTER_NODE_FILTER),
+                          FXPlatform::LibraryPathOf(Tree().root) + "\\" + name);
+  std::FILE* sink = std::fopen("/dev/null", "wb");
+  for (auto _ : state) {
+    CFilteredWalk walk(sink, filters);
+    const CZuError result = walk.Traverse();
+    if (result.IsError()) {
+      state.SkipWithError(result.AsString().c_str());
+      break;
+    }
+    state.counters["folders_opened"] = static_cast<double>(walk.GetStatistics().foldersEnumerated);
+    state.counters["entries_seen"] = static_cast<double>(walk.GetStatistics().entries);
+    state.counters["excluded_opened"] = walk.excludedOpened.load();
+  }
+  std::fclose(sink);
+}
+
+std::string PruneArguments() {
+  std::string arguments = "\\(";
+  for (const std::string& name : HalfTheTree())
+    arguments += (arguments.size() > 2 ? " -o -path " : " -path ") + Tree().root + "/" + name;
+  return arguments + " \\) -prune -o -printf '%p %s %T@\\n'";
+}
+void BfsPruned(benchmark::State& state) { RunPeer(state, "bfs", "", PruneArguments(), false); }
+void FindPruned(benchmark::State& state) { RunPeer(state, "find", "", PruneArguments(), false); }
 
 }  // namespace
 
@@ -173,3 +259,6 @@ BENCHMARK_CAPTURE(Fd, 1, 1)->Name("traverse_1worker/fd")->Unit(benchmark::kMilli
 BENCHMARK(Bfs)->Name("traverse_2workers/bfs")->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
 BENCHMARK(Find)->Name("traverse_2workers/find")->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
 BENCHMARK_CAPTURE(Fd, 2, 2)->Name("traverse_2workers/fd")->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
+BENCHMARK(OursPruned)->Name("traverse_pruned/ours")->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
+BENCHMARK(BfsPruned)->Name("traverse_pruned/bfs")->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
+BENCHMARK(FindPruned)->Name("traverse_pruned/find")->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);

@@ -28,7 +28,9 @@
 //   - an enumeration that breaks with 64, 55 or 1231 (the network went away)
 //     is restarted after 1000 ms, up to 5 times, and never hands an entry out
 //     twice; with any other code, or after the fifth retry, the folder ends
-//     with that error;
+//     with that error. A logon failure (1326) is not retried: waiting does
+//     not bring credentials back, so it ends the folder (or, when opening,
+//     skips it) like any other error;
 //   - a hook's failure (a consumer error) ends its folder and is the result
 //     of Traverse(), unless its code was passed to ignoreConsumerError: an
 //     ignored error is logged at level 2 and counted, and the folder goes on.
