@@ -404,26 +404,27 @@ std::string MakeChain(const std::string& root, int depth, const std::string& nam
   return relative + "bottom.txt";
 }
 
+// Undone from the bottom, the same way it was made.
 void RemoveChain(const std::string& root, int depth, const std::string& name) {
-  std::string path = kZuIsWindows ? "\\\\?\\" + fs::absolute(fs::u8path(root)).u8string() : root;
-  const char separator = kZuIsWindows ? '\\' : '/';
-  std::vector<std::string> chain;
-  for (int i = 0; i < depth; ++i) chain.push_back(path += separator + name);
-  if (!kZuIsWindows) {
-    // remove() cannot reach that deep either: undo from the bottom, by steps.
-    const fs::path saved = fs::current_path();
-    fs::current_path(fs::u8path(root));
-    for (int i = 0; i < depth; ++i) fs::current_path(fs::u8path(name));
-    fs::remove("bottom.txt");
-    for (int i = 0; i < depth; ++i) {
-      fs::current_path("..");
-      fs::remove(fs::u8path(name));
+  if (kZuIsWindows) {
+    std::vector<std::string> chain{"\\\\?\\" + fs::absolute(fs::u8path(root)).u8string()};
+    for (int i = 0; i < depth; ++i) chain.push_back(chain.back() + "\\" + name);
+    fs::remove(fs::u8path(chain.back() + "\\bottom.txt"));
+    while (chain.size() > 1) {
+      fs::remove(fs::u8path(chain.back()));
+      chain.pop_back();
     }
-    fs::current_path(saved);
     return;
   }
-  fs::remove(fs::u8path(path + separator + "bottom.txt"));
-  for (auto it = chain.rbegin(); it != chain.rend(); ++it) fs::remove(fs::u8path(*it));
+  const fs::path saved = fs::current_path();
+  fs::current_path(fs::u8path(root));
+  for (int i = 0; i < depth; ++i) fs::current_path(fs::u8path(name));
+  fs::remove("bottom.txt");
+  for (int i = 0; i < depth; ++i) {
+    fs::current_path("..");
+    fs::remove(fs::u8path(name));
+  }
+  fs::current_path(saved);
 }
 
 TEST(TraverseFolder, Depth1000AndPathsBeyond4096Bytes) {
