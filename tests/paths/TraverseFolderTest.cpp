@@ -1,5 +1,7 @@
 #include <algorithm>
 #include <atomic>
+#include <cstdarg>
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -13,6 +15,7 @@
 #include <gtest/gtest.h>
 
 #include "errors/ErrorUtil.h"
+#include "logging/LogWriterInterface.h"
 #include "paths/Path.h"
 #include "paths/TraverseFolder.h"
 #include "platform/CompleteTypes.h"
@@ -24,10 +27,45 @@
 namespace {
 namespace fs = std::filesystem;
 
+// Keeps every line at level 6 and below, formatted.
+class CCapture : public CLogWriterNull {
+ public:
+  int GetDebugLevel() override { return 6; }
+  void LogMessage(int level, const char* function, unsigned long line, unsigned long long jobId, const char* context,
+                  const char* format, ...) override {
+    va_list args;
+    va_start(args, format);
+    LogMessageV(level, function, line, jobId, context, format, args);
+    va_end(args);
+  }
+  void LogMessageV(int level, const char* function, unsigned long, unsigned long long, const char*,
+                   const char* format, va_list args) override {
+    char text[2048];
+    std::vsnprintf(text, sizeof text, format, args);
+    std::lock_guard<std::mutex> hold(m_lock);
+    m_lines.push_back(std::to_string(level) + " " + function + ": " + text);
+  }
+  // The lines that begin with the prefix (after level and function).
+  std::vector<std::string> Find(const std::string& prefix) {
+    std::lock_guard<std::mutex> hold(m_lock);
+    std::vector<std::string> found;
+    for (const std::string& line : m_lines) {
+      const std::size_t colon = line.find(": ");
+      if (line.compare(colon + 2, prefix.size(), prefix) == 0) found.push_back(line);
+    }
+    return found;
+  }
+
+ private:
+  std::mutex m_lock;
+  std::vector<std::string> m_lines;
+};
+
 // Records what every hook saw, by path relative to the root.
 class CRecorder : public CTraverseFolder {
  public:
-  explicit CRecorder(const std::string& root) : m_root(FXPlatform::LibraryPathOf(root)) {}
+  explicit CRecorder(const std::string& root, boost::shared_ptr<CLogWriterInterface> log = {})
+      : CTraverseFolder(log), m_root(FXPlatform::LibraryPathOf(root)) {}
 
   CZuError Run(int workers, const std::string& output = "Out") {
     SetMaxWorkers(workers);
@@ -142,7 +180,8 @@ TEST(TraverseFolder, AnOnFolderThatDoesNotQueuePrunesTheSubtree) {
 // it gone, which is reported once, and the walk goes on.
 class CDeleter : public CRecorder {
  public:
-  CDeleter(const std::string& root, const std::string& system) : CRecorder(root), m_system(system) {}
+  CDeleter(const std::string& root, const std::string& system, boost::shared_ptr<CLogWriterInterface> log = {})
+      : CRecorder(root, log), m_system(system) {}
 
  protected:
   CZuError OnFolder(const std::string& input, const std::string& output, const TFindData& data) override {
@@ -201,7 +240,8 @@ class CFlakySource : public FXPlatform::IFolderSource {
 
 class CFlakyWalk : public CRecorder {
  public:
-  CFlakyWalk(const std::string& root, DWORD code, int failures) : CRecorder(root), m_code(code), m_failures(failures) {}
+  CFlakyWalk(const std::string& root, DWORD code, int failures, boost::shared_ptr<CLogWriterInterface> log = {})
+      : CRecorder(root, log), m_code(code), m_failures(failures) {}
 
  protected:
   std::unique_ptr<FXPlatform::IFolderSource> CreateFolderSource() override {
@@ -348,8 +388,8 @@ TEST(TraverseFolder, FailingReportsAndWorkerInitialisation) {
 
 class CAbortAfter : public CRecorder, public CAbortOperationCheck {
  public:
-  CAbortAfter(const std::string& root, int after, bool byEvent)
-      : CRecorder(root), m_after(after), m_event(boost::make_shared<FXEvent>(DWORD{FXEvent::kManualReset})) {
+  CAbortAfter(const std::string& root, int after, bool byEvent, boost::shared_ptr<CLogWriterInterface> log = {})
+      : CRecorder(root, log), m_after(after), m_event(boost::make_shared<FXEvent>(DWORD{FXEvent::kManualReset})) {
     if (byEvent)
       SetAbortEvent(m_event);
     else
@@ -377,6 +417,41 @@ TEST(TraverseFolder, AbortMidwayByEventAndByCheck) {
     EXPECT_NE(std::string::npos, result.AsString().find("Operation aborted"));
     EXPECT_GE(walk.files.size(), 100u);
     EXPECT_LT(walk.files.size(), tree.files.size());
+  }
+  ZuTest::RemoveTree(root);
+}
+
+TEST(TraverseFolder, LogLines) {
+  const std::string root = ZuTest::ScratchFolder("log");
+  const fs::path base = fs::u8path(root);
+  fs::create_directories(base / "doomed");
+  fs::create_directories(base / "flaky");
+  for (int i = 0; i < 5; ++i) std::ofstream(base / "flaky" / ("f" + std::to_string(i))) << "";
+  const std::string top = FXPlatform::LibraryPathOf(root);
+  {
+    const auto log = boost::make_shared<CCapture>();
+    CDeleter walk(root, root, log);
+    ASSERT_FALSE(walk.Run(1).IsError());
+    const auto skipped = log->Find("TQFindFirstFile failed, ignoring, SearchPath=[" + top + "\\doomed\\*], error=");
+    EXPECT_EQ(1u, skipped.size());
+    EXPECT_EQ(1u, log->Find("OnTraverseFolder(" + top + ",Out) FoldersToTraverse=[0]").size());
+    EXPECT_EQ(1u, log->Find("oFile.name=[doomed], input=[" + top + "\\doomed], output=[Out\\doomed]").size());
+    EXPECT_EQ(3u, log->Find("Input=[").size());  // the root and two folders queued
+  }
+  {
+    const auto log = boost::make_shared<CCapture>();
+    CFlakyWalk walk(root, ERROR_NETNAME_DELETED, 1, log);
+    ASSERT_FALSE(walk.Run(1).IsError());
+    const auto retried = log->Find("Retrying folder enumeration after error encountered, Folder=[" + top +
+                                   "\\flaky], LastProcessedFileName=[");
+    ASSERT_EQ(1u, retried.size());
+    EXPECT_EQ('1', retried[0][0]);
+  }
+  {
+    const auto log = boost::make_shared<CCapture>();
+    CAbortAfter walk(root, 0, false, log);
+    EXPECT_TRUE(walk.Run(1).IsError());
+    EXPECT_EQ(1u, log->Find("Traverse(" + top + ",Out) aborted, FoldersToTraverse=[").size());
   }
   ZuTest::RemoveTree(root);
 }
