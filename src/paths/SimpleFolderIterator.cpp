@@ -5,6 +5,7 @@
 
 #include "errors/ErrorUtil.h"
 #include "paths/Path.h"
+#include "paths/PathMatch.h"
 #include "platform/CompleteTypes.h"
 #include "platform/OsFileApi.h"
 
@@ -24,13 +25,6 @@ bool NameBefore(const std::string& a, const std::string& b) {
   return a < b;
 }
 
-// The end of the UTF-8 character that begins at `at`.
-std::size_t NextCharacter(const std::string& text, std::size_t at) {
-  ++at;
-  while (at < text.size() && (static_cast<unsigned char>(text[at]) & 0xC0u) == 0x80u) ++at;
-  return at;
-}
-
 }  // namespace
 
 bool CSimpleFolderItem::IsFolder() const {
@@ -48,38 +42,23 @@ bool CSimpleFolderIteratorCallback::OnQueryIterateFolderContents(const CSimpleFo
 
 bool CSimpleFolderIteratorCallback::OnQueryOpenError(const std::string&, const CZuError&) { return true; }
 
-CSimpleFolderFilterByItemName::CSimpleFolderFilterByItemName(std::vector<std::string> patterns, bool filterFolders)
-    : m_patterns(std::move(patterns)), m_filterFolders(filterFolders) {}
+CSimpleFolderFilterByItemName::CSimpleFolderFilterByItemName(bool filterFolders) : m_filterFolders(filterFolders) {}
 
-bool CSimpleFolderFilterByItemName::Matches(const std::string& pattern, const std::string& name) {
-  // Greedy with one backtrack point: the last '*' seen.
-  std::size_t p = 0, n = 0;
-  std::size_t starP = std::string::npos, starN = 0;
-  while (n < name.size()) {
-    if (p < pattern.size() && pattern[p] == '*') {
-      starP = p++;
-      starN = n;
-    } else if (p < pattern.size() && pattern[p] == '?') {
-      ++p;
-      n = NextCharacter(name, n);
-    } else if (p < pattern.size() &&
-               Fold(static_cast<unsigned char>(pattern[p])) == Fold(static_cast<unsigned char>(name[n]))) {
-      ++p;
-      ++n;
-    } else if (starP != std::string::npos) {
-      p = starP + 1;
-      n = starN = NextCharacter(name, starN);
-    } else {
-      return false;
-    }
-  }
-  while (p < pattern.size() && pattern[p] == '*') ++p;
-  return p == pattern.size();
+CSimpleFolderFilterByItemName::~CSimpleFolderFilterByItemName() = default;
+
+CZuError CSimpleFolderFilterByItemName::AddPattern(const std::string& pattern) {
+  std::unique_ptr<CPathMatch> matcher(new CPathMatch);
+  matcher->caseInsensitive();
+  CZuError result = matcher->initialize(pattern.c_str(), true, false);
+  if (result.IsError())
+    return result.Push(ZU_HERE("CSimpleFolderFilterByItemName::AddPattern"), "Pattern=[%s]", pattern.c_str());
+  m_patterns.push_back(std::move(matcher));
+  return result;
 }
 
-bool CSimpleFolderFilterByItemName::Admits(const std::string& name) const {
-  for (const std::string& pattern : m_patterns)
-    if (Matches(pattern, name)) return true;
+bool CSimpleFolderFilterByItemName::Admits(const std::string& name) {
+  for (const auto& pattern : m_patterns)
+    if (pattern->match(name.c_str()) == PATHMATCH_MATCH) return true;
   return false;
 }
 

@@ -27,6 +27,8 @@
 #include "errors/ZuError.h"
 #include "platform/DirectoryEnum.h"
 
+class CPathMatch;
+
 class ZUUTILS_API CSimpleFolderItem {
  public:
   const std::string& GetPath() const { return m_path; }      // the folder's path and the name
@@ -62,23 +64,24 @@ class ZUUTILS_API CSimpleFolderIteratorCallback {
   virtual bool OnQueryOpenError(const std::string& folder, const CZuError& error);
 };
 
-// Returns the items whose name matches one of the wildcard patterns ('*'
-// any run, '?' one character, ASCII letters in any case). Folders are
-// always returned and entered unless filterFolders is set, which subjects
-// their names to the patterns too (a folder that does not match is then
-// neither returned nor entered). No pattern matches nothing.
+// Returns the items whose name matches one of its wildcard patterns, as the
+// library's path matcher reads them (paths/PathMatch.h: '*', '?', '[...]',
+// ASCII letters in any case). Folders are always returned and entered
+// unless filterFolders is set, which subjects their names to the patterns
+// too (a folder that does not match is then neither returned nor entered).
+// No pattern matches nothing.
 class ZUUTILS_API CSimpleFolderFilterByItemName : public CSimpleFolderIteratorCallback {
  public:
-  explicit CSimpleFolderFilterByItemName(std::vector<std::string> patterns, bool filterFolders = false);
+  explicit CSimpleFolderFilterByItemName(bool filterFolders = false);
+  ~CSimpleFolderFilterByItemName() override;
+  // A pattern the matcher cannot compile (not valid UTF-8) is refused.
+  CZuError AddPattern(const std::string& pattern);
   bool OnQueryItem(const CSimpleFolderItem& item) override;
   bool OnQueryIterateFolderContents(const CSimpleFolderItem& folder) override;
 
-  // The wildcard match itself, by UTF-8 characters.
-  static bool Matches(const std::string& pattern, const std::string& name);
-
  private:
-  bool Admits(const std::string& name) const;
-  std::vector<std::string> m_patterns;
+  bool Admits(const std::string& name);
+  std::vector<std::unique_ptr<CPathMatch>> m_patterns;
   bool m_filterFolders;
 };
 
