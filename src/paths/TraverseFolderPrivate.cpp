@@ -7,12 +7,12 @@
 #include <thread>
 #include <unordered_set>
 
+#include <boost/make_shared.hpp>
+
 #include "errors/ErrorUtil.h"
 #include "logging/LogWriterInterface.h"
 #include "paths/Path.h"
 #include "threads/Event.h"
-
-#include <boost/make_shared.hpp>
 
 namespace {
 

@@ -12,6 +12,7 @@
 
 #include <boost/shared_ptr.hpp>
 
+#include "errors/ErrorUtil.h"
 #include "errors/ZuError.h"
 #include "paths/TraverseFolder.h"
 #include "platform/DirectoryEnum.h"
@@ -96,7 +97,7 @@ class CTraverseFolderPrivate {
   // it is one the consumer asked to pass over.
   bool PassOver(CTraverseFolderWorker& worker, const CZuError& error);
   void RecordFailure(const CZuError& error);
-  void Log(int level, const char* function, unsigned long line, const char* format, ...);
+  void Log(int level, const char* function, unsigned long line, const char* format, ...) ZU_PRINTF_FORMAT(5, 6);
 
   std::mutex m_lock;  // the queue, the idle list, m_busy, m_failure
   std::deque<TPendingFolder> m_queue;
