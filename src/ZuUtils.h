@@ -46,6 +46,8 @@
 #include "paths/Path.h"
 #include "serialization/Bag.h"
 #include "serialization/SerializedBuffer.h"
+#include "paths/SimpleFolderIterator.h"
+#include "paths/TraverseFolder.h"
 #include "paths/FilterFlags.h"
 #include "paths/FilterSet.h"
 #include "paths/FilterTerm.h"
