@@ -42,6 +42,7 @@
 
 #include "ZuUtilsExport.h"
 #include "errors/ZuError.h"
+#include "platform/SystemPath.h"
 #include "platform/ZuTypes.h"
 #include "time/TimeStamp.h"
 
@@ -104,13 +105,5 @@ class ZUUTILS_API CDirectoryEnum : public IFolderSource {
   std::unique_ptr<TState> m_state;
   unsigned long long m_opened = 0;
 };
-
-// The operating system's form of a folder given in the library's path form
-// (see above): on Windows the native long form, on POSIX the POSIX path.
-ZUUTILS_API CZuError SystemPathOf(const std::string& path, std::string& systemPath);
-
-// The library's path form of a path of the operating system: on POSIX an
-// absolute path becomes "Z:" with backslashes; on Windows it is unchanged.
-ZUUTILS_API std::string LibraryPathOf(const std::string& systemPath);
 
 }  // namespace FXPlatform

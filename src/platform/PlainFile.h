@@ -49,9 +49,6 @@ class ZUUTILS_API CPlainFile {
   int m_fd = -1;             // the descriptor elsewhere
 };
 
-// The path in the form the system's calls take (see above), UTF-8.
-ZUUTILS_API std::string SystemPathOf(const std::string& path);
-
 // Replaces `target` by `source` in one step: readers see the old or the new
 // file, never a part of either (rename on POSIX, MoveFileEx with
 // MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH on Windows).

@@ -14,6 +14,7 @@
 
 #include "errors/ErrorUtil.h"
 #include "platform/SystemError.h"
+#include "platform/SystemPath.h"
 
 namespace FXPlatform {
 namespace {
@@ -30,18 +31,14 @@ CZuError SystemFailure(const char* function, const char* call, const std::string
   return ErrorFromSystem(ZU_HERE(function), error).Push(ZU_HERE(function), "%s failed, Path=[%s]", call, path.c_str());
 }
 
-// "\\?\Z:\usr\share", "Z:\usr\share" or "Z:" to "/usr/share" or "/".
+// "\\?\Z:\usr\share", "Z:\usr\share" or "Z:" to "/usr/share" or "/". The
+// inputs here are native forms, so a path without a drive is refused too.
 CZuError ToPosix(const char* function, const std::string& path, std::string& posix) {
   std::string_view p(path);
   if (p.substr(0, 4) == "\\\\?\\") p.remove_prefix(4);
-  if (p.size() < 2 || (p[0] != 'Z' && p[0] != 'z') || p[1] != ':' || (p.size() > 2 && p[2] != '\\'))
+  if (p.size() < 2 || p[1] != ':' || SystemPathOf(path, posix).IsError())
     return FXErrorUtil::ErrorWin32(ZU_HERE(function), ERROR_PATH_NOT_FOUND,
                                    "Only drive Z: exists on this platform, Path=[%s]", path.c_str());
-  std::string out = "/";
-  if (p.size() > 3) out.append(p.substr(3));
-  for (char& c : out)
-    if (c == '\\') c = '/';
-  posix.swap(out);
   return CZuError::Success();
 }
 

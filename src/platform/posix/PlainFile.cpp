@@ -1,4 +1,5 @@
 #include "platform/PlainFile.h"
+#include "platform/SystemPath.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -17,17 +18,15 @@ TSystemError NotOpen() {
   return error;
 }
 
-}  // namespace
-
-std::string SystemPathOf(const std::string& path) {
-  if (path.size() >= 3 && (path[0] == 'Z' || path[0] == 'z') && path[1] == ':' && (path[2] == '\\' || path[2] == '/')) {
-    std::string posix = path.substr(2);
-    for (char& c : posix)
-      if (c == '\\') c = '/';
-    return posix;
-  }
-  return path;
+// The POSIX path, or the error a path of another drive gets.
+bool PosixPath(const std::string& path, std::string& posix, TSystemError& error) {
+  if (!SystemPathOf(path, posix).IsError()) return true;
+  error = FromErrno(ENOENT);
+  error.win32 = ERROR_PATH_NOT_FOUND;
+  return false;
 }
+
+}  // namespace
 
 TSystemError CPlainFile::Open(const std::string& path, EPlainFileOpen how) {
   Close();
@@ -37,7 +36,10 @@ TSystemError CPlainFile::Open(const std::string& path, EPlainFileOpen how) {
     case EPlainFileOpen::kCreateAlways: flags |= O_WRONLY | O_CREAT | O_TRUNC; break;
     case EPlainFileOpen::kOpenAlways: flags |= O_WRONLY | O_CREAT; break;
   }
-  const int fd = ::open(SystemPathOf(path).c_str(), flags, 0666);
+  std::string posix;
+  TSystemError error;
+  if (!PosixPath(path, posix, error)) return error;
+  const int fd = ::open(posix.c_str(), flags, 0666);
   if (fd < 0) return LastSystemError();
   m_fd = fd;
   return Ok();
@@ -112,8 +114,10 @@ void CPlainFile::Close() {
 }
 
 TSystemError ReplaceFileAtomically(const std::string& source, const std::string& target) {
-  return std::rename(SystemPathOf(source).c_str(), SystemPathOf(target).c_str()) != 0 ? LastSystemError()
-                                                                                       : TSystemError();
+  std::string from, to;
+  TSystemError error;
+  if (!PosixPath(source, from, error) || !PosixPath(target, to, error)) return error;
+  return std::rename(from.c_str(), to.c_str()) != 0 ? LastSystemError() : TSystemError();
 }
 
 }  // namespace FXPlatform

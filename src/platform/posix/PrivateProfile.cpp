@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include "platform/PlainFile.h"
+#include "platform/SystemPath.h"
 #include "text/IniProfile.h"
 
 namespace FXPlatform {
@@ -66,7 +67,8 @@ DWORD ProfileWriteString(const char* section, const char* key, const char* value
   const bool written = file.Write(text.data(), text.size()).win32 == 0 && file.Sync().win32 == 0;
   file.Close();
   if (!written || ReplaceFileAtomically(temporary, fileName).win32 != 0) {
-    ::unlink(SystemPathOf(temporary).c_str());
+    std::string posix;
+    if (!SystemPathOf(temporary, posix).IsError()) ::unlink(posix.c_str());
     return 0;
   }
   return 1;

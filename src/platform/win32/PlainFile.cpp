@@ -1,4 +1,5 @@
 #include "platform/PlainFile.h"
+#include "platform/SystemPath.h"
 
 #include <windows.h>
 
@@ -18,26 +19,17 @@ TSystemError NotOpen() {
 
 HANDLE AsHandle(void* handle) { return static_cast<HANDLE>(handle); }
 
-// The wide path, with the long-path prefix where the plain form would be
-// cut at MAX_PATH.
+// The wide path, in the native long form where the plain form would be cut
+// at MAX_PATH.
 std::wstring WidePath(const std::string& path) {
   std::wstring wide = Widen(path);
   if (wide.size() < MAX_PATH - 12 || wide.compare(0, 4, L"\\\\?\\") == 0) return wide;
-  for (wchar_t& c : wide)
-    if (c == L'/') c = L'\\';
-  const DWORD needed = ::GetFullPathNameW(wide.c_str(), 0, nullptr, nullptr);
-  if (needed == 0) return wide;
-  std::wstring full(needed, L'\0');
-  const DWORD length = ::GetFullPathNameW(wide.c_str(), needed, &full[0], nullptr);
-  if (length == 0 || length >= needed) return wide;
-  full.resize(length);
-  if (full.compare(0, 2, L"\\\\") == 0) return L"\\\\?\\UNC\\" + full.substr(2);
-  return L"\\\\?\\" + full;
+  std::string native;
+  return SystemPathOf(path, native).IsError() ? wide : Widen(native);
 }
 
 }  // namespace
 
-std::string SystemPathOf(const std::string& path) { return Narrow(WidePath(path)); }
 
 TSystemError CPlainFile::Open(const std::string& path, EPlainFileOpen how) {
   Close();
