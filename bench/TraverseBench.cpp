@@ -33,33 +33,7 @@
 namespace {
 namespace fs = std::filesystem;
 
-constexpr std::size_t kEntries = 200000;
-
-struct TBenchTree {
-  std::string root;
-  std::size_t entries = 0;
-};
-
-const TBenchTree& Tree() {
-  static const TBenchTree tree = [] {
-    const char* place = std::getenv("ZU_TRAVERSE_BENCH_TREE");
-    TBenchTree made;
-    made.root = place != nullptr ? place : (fs::temp_directory_path() / "zu_traverse_bench").string();
-    const std::string marker = made.root + ".entries";
-    std::ifstream known(marker);
-    if (!(known >> made.entries) || !fs::is_directory(made.root)) {
-      ZuTest::RemoveTree(made.root);
-      ZuTest::TTreeShape shape;
-      shape.entries = kEntries;
-      shape.seed = 2024;
-      const ZuTest::TGeneratedTree generated = ZuTest::GenerateTree(made.root, shape);
-      made.entries = generated.files.size() + generated.folders.size();
-      std::ofstream(marker) << made.entries;
-    }
-    return made;
-  }();
-  return tree;
-}
+const ZuTest::TBenchTree& Tree() { return ZuTest::BenchTree(); }
 
 // The root's first-level folders whose subtrees hold about half the entries.
 const std::vector<std::string>& HalfTheTree() {

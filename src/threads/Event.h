@@ -11,8 +11,9 @@
 
 class ZUUTILS_API FXEvent {
  public:
-  static constexpr DWORD kInitiallySet = 1;
-  static constexpr DWORD kManualReset = 2;
+  // Enumerators, not static members: an exported class's constants would be
+  // imported from the DLL wherever they are bound to a reference.
+  enum : DWORD { kInitiallySet = 1, kManualReset = 2 };
 
   explicit FXEvent(DWORD flags = 0);
   ~FXEvent();

@@ -389,7 +389,7 @@ TEST(TraverseFolder, FailingReportsAndWorkerInitialisation) {
 class CAbortAfter : public CRecorder, public CAbortOperationCheck {
  public:
   CAbortAfter(const std::string& root, int after, bool byEvent, boost::shared_ptr<CLogWriterInterface> log = {})
-      : CRecorder(root, log), m_after(after), m_event(boost::make_shared<FXEvent>(DWORD{FXEvent::kManualReset})) {
+      : CRecorder(root, log), m_after(after), m_event(boost::make_shared<FXEvent>(FXEvent::kManualReset)) {
     if (byEvent)
       SetAbortEvent(m_event);
     else

@@ -4,6 +4,7 @@
 #include <deque>
 #include <filesystem>
 #include <fstream>
+#include <cstdlib>
 #include <random>
 #include <stdexcept>
 #include <utility>
@@ -69,6 +70,27 @@ std::string ScratchFolder(const std::string& name) {
   RemoveTree(folder.u8string());
   fs::create_directories(folder);
   return folder.u8string();
+}
+
+const TBenchTree& BenchTree() {
+  static const TBenchTree tree = [] {
+    const char* place = std::getenv("ZU_TRAVERSE_BENCH_TREE");
+    TBenchTree made;
+    made.root = place != nullptr ? place : (std::filesystem::temp_directory_path() / "zu_traverse_bench").string();
+    const std::string marker = made.root + ".entries";
+    std::ifstream known(marker);
+    if (!(known >> made.entries) || !std::filesystem::is_directory(made.root)) {
+      RemoveTree(made.root);
+      TTreeShape shape;
+      shape.entries = 200000;
+      shape.seed = 2024;
+      const TGeneratedTree generated = GenerateTree(made.root, shape);
+      made.entries = generated.files.size() + generated.folders.size();
+      std::ofstream(marker) << made.entries;
+    }
+    return made;
+  }();
+  return tree;
 }
 
 }  // namespace ZuTest

@@ -30,6 +30,15 @@ TGeneratedTree GenerateTree(const std::string& root, const TTreeShape& shape);
 // Removes a folder and everything below it; missing is fine.
 void RemoveTree(const std::string& root);
 
+// The benchmarks' tree: about 200,000 entries, made once below the
+// temporary folder (or where ZU_TRAVERSE_BENCH_TREE says) and kept for later
+// runs, so that every benchmark walks the same warm tree.
+struct TBenchTree {
+  std::string root;  // the operating system's path
+  std::size_t entries = 0;
+};
+const TBenchTree& BenchTree();
+
 // A fresh, empty folder for one test below the system's temporary folder.
 std::string ScratchFolder(const std::string& name);
 

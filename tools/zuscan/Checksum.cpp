@@ -1,0 +1,105 @@
+#include "Checksum.h"
+
+#include <memory>
+
+#include <errors/ErrorUtil.h>
+#include <platform/PlainFile.h>
+#include <text/Md5.h>
+#include <text/ZuCRC32.h>
+#include <text/ZuCRC64.h>
+
+namespace zuscan {
+
+namespace {
+
+// Large enough that the checksum, not the call, dominates; one per worker,
+// so a scan allocates it once per thread, not once per file.
+constexpr std::size_t kBlockSize = 1 << 20;
+
+std::string Hex(const unsigned char* bytes, std::size_t count) {
+  static const char kDigits[] = "0123456789abcdef";
+  std::string text(2 * count, '0');
+  for (std::size_t i = 0; i < count; ++i) {
+    text[2 * i] = kDigits[bytes[i] >> 4];
+    text[2 * i + 1] = kDigits[bytes[i] & 15];
+  }
+  return text;
+}
+
+template <typename Value>
+std::string HexBigEndian(Value value) {
+  unsigned char bytes[sizeof(Value)];
+  for (std::size_t i = 0; i < sizeof(Value); ++i) {
+    bytes[i] = static_cast<unsigned char>(value >> (8 * (sizeof(Value) - 1 - i)));
+  }
+  return Hex(bytes, sizeof(Value));
+}
+
+}  // namespace
+
+bool ParseChecksumName(const std::string& name, EChecksum& kind) {
+  static const struct {
+    const char* name;
+    EChecksum kind;
+  } kNames[] = {{"none", EChecksum::None}, {"crc32", EChecksum::Crc32}, {"crc64", EChecksum::Crc64}, {"md5", EChecksum::Md5}};
+  for (const auto& entry : kNames) {
+    if (name == entry.name) {
+      kind = entry.kind;
+      return true;
+    }
+  }
+  return false;
+}
+
+const char* ChecksumName(EChecksum kind) {
+  switch (kind) {
+    case EChecksum::Crc32: return "crc32";
+    case EChecksum::Crc64: return "crc64";
+    case EChecksum::Md5: return "md5";
+    case EChecksum::None: break;
+  }
+  return "none";
+}
+
+CZuError ChecksumFile(const std::string& path, EChecksum kind, std::string& hex, unsigned long long& bytes) {
+  hex.clear();
+  bytes = 0;
+  const FXCodeLocation here = ZU_HERE("zuscan::ChecksumFile");
+  FXPlatform::CPlainFile file;
+  FXPlatform::TSystemError error = file.Open(path, FXPlatform::EPlainFileOpen::kReadExisting);
+  if (error.win32 != 0) return FXPlatform::ErrorFromSystem(here, error).Push(here, "Path=[%s]", path.c_str());
+
+  thread_local std::unique_ptr<char[]> block(new char[kBlockSize]);
+  CZuCRC32 crc32;
+  CZuCRC64 crc64;
+  CMd5 md5;
+  for (;;) {
+    std::size_t n = 0;
+    error = file.Read(block.get(), kBlockSize, n);
+    if (error.win32 != 0) return FXPlatform::ErrorFromSystem(here, error).Push(here, "Read failed, Path=[%s]", path.c_str());
+    if (n == 0) break;
+    bytes += n;
+    const unsigned int length = static_cast<unsigned int>(n);
+    switch (kind) {
+      case EChecksum::Crc32: crc32.UpdateCRC32(block.get(), length); break;
+      case EChecksum::Crc64: crc64.UpdateCRC64(block.get(), length); break;
+      case EChecksum::Md5: md5.Process(block.get(), length); break;
+      case EChecksum::None: break;
+    }
+  }
+  switch (kind) {
+    case EChecksum::Crc32: hex = HexBigEndian(crc32.GetCRC32()); break;
+    case EChecksum::Crc64: hex = HexBigEndian(crc64.GetCRC64()); break;
+    case EChecksum::Md5: {
+      md5.End();
+      unsigned char digest[16];
+      md5.GetCode(digest);
+      hex = Hex(digest, sizeof digest);
+      break;
+    }
+    case EChecksum::None: break;
+  }
+  return CZuError::Success();
+}
+
+}  // namespace zuscan
