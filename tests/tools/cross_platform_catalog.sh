@@ -30,7 +30,7 @@ fill(root, 0)
 os.chmod(os.path.join(root, sorted(os.listdir(root))[0]), 0o444)
 PY
 
-rules=(-quiet -workers 2 -checksum crc32 -exclude '*.tmp' -exclude '**\cache1\***')
+rules=(-quiet -workers 2 -checksum crc32 -exclude '*.tmp' -exclude '\**\cache1\***')
 "$linux" "${rules[@]}" -catalog "$work/linux.catalog" -log-dir "$work/log" "$work/tree" >"$work/linux.out"
 WINEPREFIX=$prefix WINEDEBUG=-all wine "$windows" "${rules[@]}" -catalog "$work/windows.catalog" \
   -log-dir "$work/log" "$work/tree" >"$work/windows.out"

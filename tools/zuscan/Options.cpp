@@ -32,8 +32,9 @@ const char* const kUsage =
     "  -quiet              no progress line\n"
     "  -help               this text\n"
     "\n"
-    "Patterns: * and ? within a name, ** any folders, dir\\*** a folder and all\n"
-    "below it; a pattern without a backslash applies in every folder.\n"
+    "Patterns: * and ? within a name, \\**\\ any folders (\\**\\cache\\***), dir\\***\n"
+    "a folder and all below it; a pattern without a backslash applies in every\n"
+    "folder (*.tmp). A path without wildcards names one file or folder.\n"
     "Exit codes: 0 done, 1 some entries failed, 2 usage, 3 fatal, 130 interrupted.\n";
 
 namespace {

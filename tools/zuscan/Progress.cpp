@@ -49,7 +49,7 @@ void CProgress::Finish() {
 void CProgress::Print(bool last) {
   const double seconds = ElapsedSeconds();
   const double rate = seconds > 0 ? 1.0 / seconds : 0;
-  const unsigned long long entries = m_counters.entries + m_counters.skipped;
+  const unsigned long long entries = m_counters.entries;
   const unsigned long long bytes = m_counters.bytes;
   const unsigned long long read = m_counters.checksummed;
   char line[256];
