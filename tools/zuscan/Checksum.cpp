@@ -1,6 +1,8 @@
 #include "Checksum.h"
 
 #include <memory>
+#include <mutex>
+#include <vector>
 
 #include <errors/ErrorUtil.h>
 #include <platform/PlainFile.h>
@@ -12,9 +14,42 @@ namespace zuscan {
 
 namespace {
 
-// Large enough that the checksum, not the call, dominates; one per worker,
-// so a scan allocates it once per thread, not once per file.
+// Large enough that the checksum, not the call, dominates.
 constexpr std::size_t kBlockSize = 1 << 20;
+
+// Blocks are reused from scan to scan and file to file: a scan allocates one
+// per worker, not one per file. (A thread_local block would do the same, but
+// mingw's emulated thread_local crashes on destroying it in threads that end.)
+class CBlockPool {
+ public:
+  std::unique_ptr<char[]> Take() {
+    std::lock_guard<std::mutex> hold(m_lock);
+    if (m_free.empty()) return std::unique_ptr<char[]>(new char[kBlockSize]);
+    std::unique_ptr<char[]> block = std::move(m_free.back());
+    m_free.pop_back();
+    return block;
+  }
+  void Give(std::unique_ptr<char[]> block) {
+    std::lock_guard<std::mutex> hold(m_lock);
+    m_free.push_back(std::move(block));
+  }
+
+ private:
+  std::mutex m_lock;
+  std::vector<std::unique_ptr<char[]>> m_free;
+};
+
+CBlockPool& Blocks() {
+  static CBlockPool* pool = new CBlockPool;  // lives until the process ends
+  return *pool;
+}
+
+// A pool block held for one call.
+struct TBlock {
+  std::unique_ptr<char[]> data = Blocks().Take();
+  ~TBlock() { Blocks().Give(std::move(data)); }
+  char* get() const { return data.get(); }
+};
 
 std::string Hex(const unsigned char* bytes, std::size_t count) {
   static const char kDigits[] = "0123456789abcdef";
@@ -69,7 +104,7 @@ CZuError ChecksumFile(const std::string& path, EChecksum kind, std::string& hex,
   FXPlatform::TSystemError error = file.Open(path, FXPlatform::EPlainFileOpen::kReadExisting);
   if (error.win32 != 0) return FXPlatform::ErrorFromSystem(here, error).Push(here, "Path=[%s]", path.c_str());
 
-  thread_local std::unique_ptr<char[]> block(new char[kBlockSize]);
+  const TBlock block;
   CZuCRC32 crc32;
   CZuCRC64 crc64;
   CMd5 md5;
