@@ -135,15 +135,10 @@ __attribute__((target("ssse3"))) inline __m128i Shuffle(__m128i v, const std::ui
 
 }  // namespace Simd
 
-// Eight lanes of a byte and the one after it out as the characters of the
-// lanes whose bit in `keep` is set: a lead's lane becomes its two-byte
-// character, an ASCII lane its byte.
+// The eight characters of 16-bit lanes `c` whose bit in `keep` is set.
 template <class Unit>
-__attribute__((target("ssse3"))) inline Unit* DecodeHalf(__m128i pair, __m128i isLead, unsigned keep, Unit* t) {
+__attribute__((target("ssse3"))) inline Unit* StoreKept(__m128i c, unsigned keep, Unit* t) {
   using namespace Simd;
-  const __m128i two = _mm_or_si128(_mm_slli_epi16(_mm_and_si128(pair, Set16(0x1F)), 6),
-                                   _mm_and_si128(_mm_srli_epi16(pair, 8), Set16(0x3F)));
-  const __m128i c = _mm_or_si128(_mm_and_si128(isLead, two), _mm_andnot_si128(isLead, _mm_and_si128(pair, Set16(0x7F))));
   Store8(t, Shuffle(c, kShuffles.lanes[keep]));
   return t + kShuffles.count[keep];
 }
@@ -184,9 +179,15 @@ __attribute__((target("ssse3"))) const std::uint8_t* DecodeShortBlocks(const std
       keep &= 0x7FFF;
       used = 15;
     }
-    const __m128i next = _mm_srli_si128(v, 1);
-    t = DecodeHalf(_mm_unpacklo_epi8(v, next), _mm_unpacklo_epi8(lead, lead), keep & 0xFF, t);
-    t = DecodeHalf(_mm_unpackhi_epi8(v, next), _mm_unpackhi_epi8(lead, lead), keep >> 8, t);
+    // Lanes of a byte and the one after it, each summed to a character by
+    // weights: a lead's lane as (lead & 0x1F) * 64 + (next & 0x3F), an
+    // ASCII lane as the byte itself.
+    const __m128i low = _mm_and_si128(v, _mm_xor_si128(_mm_set1_epi8(0x7F), _mm_and_si128(lead, _mm_set1_epi8(0x60))));
+    const __m128i next = _mm_and_si128(_mm_srli_si128(v, 1), _mm_and_si128(lead, _mm_set1_epi8(0x3F)));
+    const __m128i weight = _mm_xor_si128(_mm_set1_epi8(1), _mm_and_si128(lead, _mm_set1_epi8(65)));
+    const __m128i one = _mm_set1_epi8(1);
+    t = StoreKept(_mm_maddubs_epi16(_mm_unpacklo_epi8(low, next), _mm_unpacklo_epi8(weight, one)), keep & 0xFF, t);
+    t = StoreKept(_mm_maddubs_epi16(_mm_unpackhi_epi8(low, next), _mm_unpackhi_epi8(weight, one)), keep >> 8, t);
     s += used;
   }
   target = t;
