@@ -143,7 +143,23 @@ __attribute__((target("ssse3"))) inline Unit* StoreKept(__m128i c, unsigned keep
   return t + kShuffles.count[keep];
 }
 
-// Converts the 16-byte blocks at the start of [s, e) that hold only ASCII
+// The characters of the 16 bytes v that start no continuation (bits of
+// `keep`), where `lead` marks the two-byte leads and `next` holds the byte
+// after each. A lead's character is summed by weights from its lane of
+// two bytes: (lead & 0x1F) * 64 + (next & 0x3F); an ASCII byte is itself.
+template <class Unit>
+__attribute__((target("ssse3"))) inline Unit* DecodeVector(__m128i v, __m128i next, __m128i lead, unsigned keep,
+                                                         Unit* t) {
+  const __m128i low = _mm_and_si128(v, _mm_xor_si128(_mm_set1_epi8(0x7F), _mm_and_si128(lead, _mm_set1_epi8(0x60))));
+  const __m128i trail = _mm_and_si128(next, _mm_and_si128(lead, _mm_set1_epi8(0x3F)));
+  const __m128i weight = _mm_xor_si128(_mm_set1_epi8(1), _mm_and_si128(lead, _mm_set1_epi8(65)));
+  const __m128i one = _mm_set1_epi8(1);
+  t = StoreKept(_mm_maddubs_epi16(_mm_unpacklo_epi8(low, trail), _mm_unpacklo_epi8(weight, one)), keep & 0xFF, t);
+  return StoreKept(_mm_maddubs_epi16(_mm_unpackhi_epi8(low, trail), _mm_unpackhi_epi8(weight, one)), (keep >> 8) & 0xFF,
+                   t);
+}
+
+// Converts the 32-byte blocks at the start of [s, e) that hold only ASCII
 // and two-byte sequences, all well-formed, and returns where it stopped. A
 // sequence cut by the block's end is left for the next block. The target
 // needs room for e - s units and is advanced past the output.
@@ -153,41 +169,40 @@ __attribute__((target("ssse3"))) const std::uint8_t* DecodeShortBlocks(const std
   using namespace Simd;
   Unit* t = target;
   const __m128i zero = _mm_setzero_si128();
-  while (e - s >= 16) {
-    const __m128i v = Load(s);
-    const unsigned high = static_cast<unsigned>(_mm_movemask_epi8(v));
+  const auto bits = [](__m128i a, __m128i b) {
+    return static_cast<std::uint32_t>(_mm_movemask_epi8(a)) | static_cast<std::uint32_t>(_mm_movemask_epi8(b)) << 16;
+  };
+  while (e - s >= 32) {
+    const __m128i v0 = Load(s), v1 = Load(s + 16);
+    const std::uint32_t high = bits(v0, v1);
     if (high == 0) {
-      Store8(t, _mm_unpacklo_epi8(v, zero));
-      Store8(t + 8, _mm_unpackhi_epi8(v, zero));
-      s += 16;
-      t += 16;
+      Store8(t, _mm_unpacklo_epi8(v0, zero));
+      Store8(t + 8, _mm_unpackhi_epi8(v0, zero));
+      Store8(t + 16, _mm_unpacklo_epi8(v1, zero));
+      Store8(t + 24, _mm_unpackhi_epi8(v1, zero));
+      s += 32;
+      t += 32;
       continue;
     }
     // Continuation bytes 80..BF are below -64 as signed bytes, leads C2..DF
     // lie in -62..-33. Every byte must be one of these or ASCII, and the
     // continuations must be exactly the bytes after the leads.
-    const __m128i cont = _mm_cmplt_epi8(v, _mm_set1_epi8(-64));
-    const __m128i lead = _mm_and_si128(_mm_cmpgt_epi8(v, _mm_set1_epi8(-63)), _mm_cmplt_epi8(v, _mm_set1_epi8(-32)));
-    const unsigned contBits = static_cast<unsigned>(_mm_movemask_epi8(cont));
-    const unsigned leadBits = static_cast<unsigned>(_mm_movemask_epi8(lead));
-    if ((~high | contBits | leadBits) != ~0u || contBits != ((leadBits << 1) & 0xFFFF)) break;
+    const __m128i below = _mm_set1_epi8(-64), above = _mm_set1_epi8(-63), top = _mm_set1_epi8(-32);
+    const __m128i lead0 = _mm_and_si128(_mm_cmpgt_epi8(v0, above), _mm_cmplt_epi8(v0, top));
+    const __m128i lead1 = _mm_and_si128(_mm_cmpgt_epi8(v1, above), _mm_cmplt_epi8(v1, top));
+    const std::uint32_t contBits = bits(_mm_cmplt_epi8(v0, below), _mm_cmplt_epi8(v1, below));
+    const std::uint32_t leadBits = bits(lead0, lead1);
+    if ((~high | contBits | leadBits) != ~0u || contBits != leadBits << 1) break;
     // Continuation bytes are dropped; a lead cut off by the block's end
     // waits for the next block.
-    unsigned keep = ~contBits & 0xFFFF;
-    std::ptrdiff_t used = 16;
-    if (leadBits & 0x8000) {
-      keep &= 0x7FFF;
-      used = 15;
+    std::uint32_t keep = ~contBits;
+    std::ptrdiff_t used = 32;
+    if (leadBits >> 31) {
+      keep &= 0x7FFFFFFF;
+      used = 31;
     }
-    // Lanes of a byte and the one after it, each summed to a character by
-    // weights: a lead's lane as (lead & 0x1F) * 64 + (next & 0x3F), an
-    // ASCII lane as the byte itself.
-    const __m128i low = _mm_and_si128(v, _mm_xor_si128(_mm_set1_epi8(0x7F), _mm_and_si128(lead, _mm_set1_epi8(0x60))));
-    const __m128i next = _mm_and_si128(_mm_srli_si128(v, 1), _mm_and_si128(lead, _mm_set1_epi8(0x3F)));
-    const __m128i weight = _mm_xor_si128(_mm_set1_epi8(1), _mm_and_si128(lead, _mm_set1_epi8(65)));
-    const __m128i one = _mm_set1_epi8(1);
-    t = StoreKept(_mm_maddubs_epi16(_mm_unpacklo_epi8(low, next), _mm_unpacklo_epi8(weight, one)), keep & 0xFF, t);
-    t = StoreKept(_mm_maddubs_epi16(_mm_unpackhi_epi8(low, next), _mm_unpackhi_epi8(weight, one)), keep >> 8, t);
+    t = DecodeVector(v0, _mm_alignr_epi8(v1, v0, 1), lead0, keep & 0xFFFF, t);
+    t = DecodeVector(v1, _mm_srli_si128(v1, 1), lead1, keep >> 16, t);
     s += used;
   }
   target = t;
