@@ -1,13 +1,14 @@
 // Vector blocks of the transcoders (internal): 16-byte blocks of ASCII, of
 // two-byte and of three-byte characters, validated and converted a vector
-// at a time. SSE2 is part of every x86-64 processor, so no run-time
-// dispatch is needed; the 16-byte vectors also keep clear of the stack
+// at a time, and (with SSSE3) blocks mixing ASCII with two-byte characters.
+// SSE2 is part of every x86-64 processor, so only SSSE3 is asked for at run
+// time; all vectors are of 16 bytes, which keeps clear of the stack
 // alignment trouble of 32-byte ones under mingw-w64. Other targets and the
 // portable build (ZU_PORTABLE) use the scalar code of UTFCore.h alone.
 //
-// A block that is none of these shapes (mixed, ill-formed, four-byte
-// characters, the tail) is left to the scalar code, which finds every
-// fault; a block is converted here only when all of it is well-formed, so
+// A block that is none of these shapes (ill-formed, four-byte characters,
+// three-byte ones mixed with others, the tail) is left to the scalar code,
+// which finds every fault; a block is converted here only when all of it is well-formed, so
 // the answers never depend on which path ran.
 #pragma once
 
