@@ -10,11 +10,11 @@
 namespace {
 
 // Short texts (names, paths) are converted on the stack and copied once
-// into a string of the exact size. A long text becomes wide straight in a
-// result of the worst-case size, which is then cut to the length produced
-// (no copy). A vector pass counting the exact size first was measured no
-// faster: what it saves in clearing a smaller string it spends reading the
-// input twice.
+// into a string of the exact size. A long text becomes wide straight in its
+// result, in room of the worst-case size reserved at the start, and the
+// result is cut to the length produced (no copy). A vector pass counting
+// the exact size first was measured no faster: what it saves in clearing a
+// smaller string it spends reading the input twice.
 constexpr std::size_t kStackUnits = 256;
 
 // A long text becomes UTF-8 a piece at a time on the stack, each piece
@@ -52,23 +52,26 @@ std::wstring Utf8ToWide(const char* text, std::size_t length) {
       const wchar_t* end = FXUTFDetail::DecodeUtf8Replacing(s, e, buffer);
       return std::wstring(buffer, static_cast<std::size_t>(end - buffer));
     }
-    std::wstring out(length, L'\0');
-    wchar_t* t = &out[0];
+    // The result grows a stretch at a time within the room reserved at the
+    // start, so that the zeros its growth writes are still in the cache
+    // when the conversion overwrites them.
+    std::wstring out;
+    out.reserve(length);
     const std::uint8_t* e = s + length;
     while (s != e) {
-      s = FXUTFDetail::WidenAsciiUntilNul(s, e, t);
-      if (s == e) break;
-      const std::uint8_t* stop = e - s > kStretch ? s + kStretch : e;
-      const void* nul = std::memchr(s, 0, static_cast<std::size_t>(stop - s));
-      if (nul != nullptr) {
-        e = stop = static_cast<const std::uint8_t*>(nul);
-      } else if (stop != e) {
-        stop = StretchEnd(stop);
+      const std::uint8_t* stop = e - s > kStretch ? StretchEnd(s + kStretch) : e;
+      const std::size_t done = out.size();
+      out.resize(done + static_cast<std::size_t>(stop - s));
+      wchar_t* t = &out[done];
+      const std::uint8_t* rest = FXUTFDetail::WidenAsciiUntilNul(s, stop, t);
+      if (rest != stop) {
+        const void* nul = std::memchr(rest, 0, static_cast<std::size_t>(stop - rest));
+        if (nul != nullptr) e = stop = static_cast<const std::uint8_t*>(nul);
+        t = FXUTFDetail::DecodeUtf8Replacing(rest, stop, t);
       }
-      t = FXUTFDetail::DecodeUtf8Replacing(s, stop, t);
+      out.resize(static_cast<std::size_t>(t - out.data()));
       s = stop;
     }
-    out.resize(static_cast<std::size_t>(t - out.data()));
     return out;
   } catch (const std::bad_alloc&) {
     return std::wstring();
