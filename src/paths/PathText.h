@@ -105,43 +105,43 @@ bool HasDriveColon(TView<Char> p) {
 }
 
 // A path reduced for sameness and ancestry: where its comparable rest
-// starts and how long it is, and its marks.
+// starts and how long it is. The offset also tells the marks: only the UNC
+// forms ("\\", "\\?\UNC\") reduce by 2 or 8; a single leading "\" by 1.
 struct TReduced {
   std::size_t offset = 0;
   std::size_t length = 0;
-  bool unc = false;
-  bool relative = false;
+  bool Unc() const { return offset == 2 || offset == 8; }
 };
 
 template <class Char>
+constexpr Char kLongPrefix[4] = {Char('\\'), Char('\\'), Char('?'), Char('\\')};
+
+template <class Char>
 TReduced Reduce(TView<Char> p) {
-  // Tested character by character: this runs for every comparison.
+  // This runs for every comparison: the long prefix is tested as one block
+  // (a single load for narrow text), and a letter c is 'u' or 'U' exactly
+  // when (c | 0x20) == 'u'.
   constexpr Char kSepChar = kSep<Char>;
-  TReduced r;
   const std::size_t n = p.size();
-  if (n > 0 && p[0] == kSepChar) {
-    if (n > 1 && p[1] == kSepChar) {
-      if (n > 3 && p[2] == Char('?') && p[3] == kSepChar) {
-        r.offset = 4;
-        if (n > 7 && Lower(p[4]) == Char('u') && Lower(p[5]) == Char('n') && Lower(p[6]) == Char('c') &&
-            p[7] == kSepChar) {
-          r.offset = 8;
-          r.unc = true;
-        }
-      } else {
-        r.offset = 2;
-        r.unc = true;
-      }
-    } else {
-      r.offset = 1;
-      r.relative = true;
-    }
-  } else {
-    r.relative = !HasDriveColon(p);
-  }
-  r.length = n - r.offset;
-  if (r.length > 0 && p[n - 1] == kSepChar) --r.length;
-  return r;
+  std::size_t offset;
+  if (n >= 4 && std::memcmp(p.data(), kLongPrefix<Char>, sizeof kLongPrefix<Char>) == 0)
+    offset = n >= 8 && (p[4] | Char(0x20)) == Char('u') && (p[5] | Char(0x20)) == Char('n') &&
+                     (p[6] | Char(0x20)) == Char('c') && p[7] == kSepChar
+                 ? 8
+                 : 4;
+  else if (n == 0 || p[0] != kSepChar)
+    offset = 0;
+  else
+    offset = n >= 2 && p[1] == kSepChar ? 2 : 1;
+  const std::size_t length = n - offset;
+  return {offset, length > 0 && p[n - 1] == kSepChar ? length - 1 : length};
+}
+
+// The ancestry mark "relative": a single leading "\", or no leading "\" and
+// no drive colon (the empty path too).
+template <class Char>
+bool Relative(TView<Char> p, const TReduced& r) {
+  return r.offset == 1 || (r.offset == 0 && !HasDriveColon(p));
 }
 
 template <class Char>
@@ -180,19 +180,20 @@ bool VolumeUniqueId(TView<Char> text) {
 template <class Char>
 bool SamePath(TView<Char> a, TView<Char> b) {
   const TReduced ra = Reduce(a), rb = Reduce(b);
-  return ra.unc == rb.unc && EqualNoCase(TView<Char>(a.data() + ra.offset, ra.length),
-                                         TView<Char>(b.data() + rb.offset, rb.length));
+  return ra.Unc() == rb.Unc() && EqualNoCase(TView<Char>(a.data() + ra.offset, ra.length),
+                                             TView<Char>(b.data() + rb.offset, rb.length));
 }
 
 template <class Char>
 bool Ancestor(TView<Char> a, TView<Char> b, bool allowEqual) {
   const TReduced ra = Reduce(a), rb = Reduce(b);
-  if (ra.unc != rb.unc || ra.relative != rb.relative || ra.length > rb.length) return false;
+  const bool relative = Relative(a, ra);
+  if (ra.Unc() != rb.Unc() || relative != Relative(b, rb) || ra.length > rb.length) return false;
   if (ra.length > 0 &&
       !EqualNoCase(TView<Char>(a.data() + ra.offset, ra.length), TView<Char>(b.data() + rb.offset, ra.length)))
     return false;
   if (ra.length == rb.length) return allowEqual;
-  if (!ra.relative || ra.length > 0) return b[rb.offset + ra.length] == kSep<Char>;
+  if (!relative || ra.length > 0) return b[rb.offset + ra.length] == kSep<Char>;
   return true;
 }
 

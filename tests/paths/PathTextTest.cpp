@@ -80,6 +80,13 @@ TYPED_TEST(PathText, Sameness) {
       {"C:\\a", "C:\\ab", false},
       {"\\\\?\\Volume{x}\\", "\\\\?\\volume{X}", true},
       {"\\\\?\\UNC\\srv\\s", "\\\\?\\srv\\s", false},
+      // Prefixes cut short or nearly spelled.
+      {"\\\\?\\UNC", "UNC", true},
+      {"\\\\?\\UNC\\", "\\\\", true},
+      {"\\\\?", "\\\\?\\", false},
+      {"\\\\?\\uNc\\srv", "\\\\srv", true},
+      {"\\\\?\\U5C\\x", "\\\\?\\UNC\\x", false},
+      {"\\\\?\\UN\\x", "UN\\x", true},
       // Long enough to be compared a word at a time: only A-Z fold.
       {"C:\\Some Long Folder\\With Mixed Case\\File.TXT", "c:\\some long folder\\with mixed CASE\\file.txt", true},
       {"C:\\abcdefgh\\@@@@@@@@\\x", "C:\\abcdefgh\\````````\\x", false},
