@@ -74,13 +74,15 @@ bool FoldedFrom(TView<Char> a, TView<Char> b, std::size_t from) {
       if (a[i] != b[i] && Lower(a[i]) != Lower(b[i])) return false;
     return true;
   }
-  // As in EqualNoCase, the last word overlaps the one before.
-  for (std::size_t i = from;; i += kWord) {
-    const std::size_t at = i + kWord < bytes ? i : bytes - kWord;
-    const std::uint64_t wa = LoadWord(pa + at), wb = LoadWord(pb + at);
-    if (wa != wb && FoldAsciiWord<Char>(wa) != FoldAsciiWord<Char>(wb)) return false;
-    if (at + kWord == bytes) return true;
-  }
+  // As in EqualNoCase, the last word overlaps the one before. Words are
+  // folded whether or not they differ: a branch on that would follow the
+  // text and be mispredicted.
+  auto same = [pa, pb](std::size_t at) {
+    return FoldAsciiWord<Char>(LoadWord(pa + at)) == FoldAsciiWord<Char>(LoadWord(pb + at));
+  };
+  for (std::size_t i = from; i + kWord < bytes; i += kWord)
+    if (!same(i)) return false;
+  return same(bytes - kWord);
 }
 
 }  // namespace
