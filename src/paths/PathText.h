@@ -69,9 +69,9 @@ bool EqualFoldedFrom(TView<char> a, TView<char> b, std::size_t from);
 bool EqualFoldedFrom(TView<wchar_t> a, TView<wchar_t> b, std::size_t from);
 
 // _strnicmp / _wcsnicmp equality. Most paths compared are spelled alike, so
-// equal words are passed over first, inline (a call to memcmp costs more
-// than such a comparison); case is folded only from the first word that
-// differs. The last word overlaps the one before rather than ending in a
+// equal words are passed over first, inline and two at a time (a call to
+// memcmp costs more than such a comparison); case is folded only from the
+// first word that differs. The last word overlaps the one before rather than ending in a
 // loop over the rest: it still holds whole characters, 8 being a multiple
 // of every character size.
 template <class Char>
@@ -82,8 +82,11 @@ bool EqualNoCase(TView<Char> a, TView<Char> b) {
   const std::size_t bytes = a.size() * sizeof(Char);
   constexpr std::size_t kWord = sizeof(std::uint64_t);
   if (bytes < kWord) return EqualFoldedFrom(a, b, 0);
-  for (std::size_t i = 0; i + kWord < bytes; i += kWord)
-    if (LoadWord(pa + i) != LoadWord(pb + i)) return EqualFoldedFrom(a, b, i);
+  std::size_t i = 0;
+  for (; i + 2 * kWord < bytes; i += 2 * kWord)
+    if (((LoadWord(pa + i) ^ LoadWord(pb + i)) | (LoadWord(pa + i + kWord) ^ LoadWord(pb + i + kWord))) != 0)
+      return EqualFoldedFrom(a, b, i);
+  if (i + kWord < bytes && LoadWord(pa + i) != LoadWord(pb + i)) return EqualFoldedFrom(a, b, i);
   const std::size_t last = bytes - kWord;
   return LoadWord(pa + last) == LoadWord(pb + last) || EqualFoldedFrom(a, b, last);
 }
