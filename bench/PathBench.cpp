@@ -9,6 +9,7 @@
 #include <cctype>
 #include <filesystem>
 #include <string>
+#include <string_view>
 
 #include <benchmark/benchmark.h>
 
@@ -37,26 +38,36 @@ std::string Posix(const char* windowsPath) {
   return p;
 }
 
+std::string Upper(std::string text) {
+  for (char& c : text) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+  return text;
+}
+
 // The folder three levels up of each path (a likely ancestor) with a
 // trailing separator as catalogues often have it; ours also in other case
 // (the peer compares case-sensitively, so it gets the easier exact case).
 std::string Ancestor(std::string path, bool otherCase) {
   for (int i = 0; i < 3; ++i) path.erase(path.find_last_of("\\/"));
-  if (otherCase)
-    for (char& c : path) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-  return path + "\\";
+  return (otherCase ? Upper(path) : path) + "\\";
 }
 
 struct TInputs {
-  std::array<std::string, 8> ours, oursOther, oursDiffer, oursAncestor;
-  std::array<fs::path, 8> peer, peerOther, peerDiffer, peerAncestor;
+  std::array<std::string, 8> ours, oursCopy, oursOther, oursOtherCase, oursDiffer, oursAncestor;
+  std::array<fs::path, 8> peer, peerOther, peerDiffer, peerAncestor, peerFolded;
+  std::array<std::string, 8> peerLong;  // the long spelling, as text arrives
   TInputs() {
     for (std::size_t i = 0; i < kPaths.size(); ++i) {
       ours[i] = kPaths[i];
+      oursCopy[i] = ours[i];
+      oursOtherCase[i] = "\\\\?\\" + Upper(ours[i]);
       oursOther[i] = "\\\\?\\" + ours[i];  // the same path in its long form
       oursAncestor[i] = Ancestor(ours[i], true);
       peer[i] = Posix(kPaths[i]);
       peerOther[i] = Posix(kPaths[i]);
+      peerLong[i] = "//?" + Posix(kPaths[i]);
+      std::string folded = Posix(kPaths[i]);
+      for (char& c : folded) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+      peerFolded[i] = folded;
       // Another file of the same folder: the usual miss of a lookup.
       oursDiffer[i] = ours[i];
       oursDiffer[i].back() = '_';
@@ -71,32 +82,64 @@ const TInputs& Inputs() {
   return inputs;
 }
 
+// The rows of IsSamePathAs:
+// "identical": both sides compare two identical spellings (the same work on
+//   the same input);
 // "equal": ours compares the long form with the plain one, the peer two
-// identical spellings (the only sameness it can see); "differ": the last
-// character differs.
-void IsSamePathAsOurs(benchmark::State& state, bool equal) {
+//   identical spellings, the only sameness it sees by itself;
+// "spellings": ours compares the long form in capitals with the plain one;
+//   the same question asked of the peer the way a
+//   std::filesystem caller must: strip the long prefix, fold case (into a
+//   buffer kept between calls, so no allocation there) and compare as paths
+//   with the stored side folded before timing; std::filesystem has neither
+//   the prefix rule nor case-insensitive comparison;
+// "differ": the last character differs.
+enum class TSame { kIdentical, kEqual, kSpellings, kDiffer };
+
+void IsSamePathAsOurs(benchmark::State& state, TSame row) {
   const TInputs& in = Inputs();
-  const auto& other = equal ? in.oursOther : in.oursDiffer;
+  const auto& other = row == TSame::kIdentical   ? in.oursCopy
+                      : row == TSame::kSpellings ? in.oursOtherCase
+                      : row == TSame::kDiffer    ? in.oursDiffer
+                                                 : in.oursOther;
   std::size_t i = 0;
   for (auto _ : state) {
     benchmark::DoNotOptimize(FXPath::IsSamePathAs(in.ours[i], other[i]));
     i = (i + 1) % 8;
   }
 }
-BENCHMARK_CAPTURE(IsSamePathAsOurs, equal, true)->Name("IsSamePathAs/ours/equal");
-BENCHMARK_CAPTURE(IsSamePathAsOurs, differ, false)->Name("IsSamePathAs/ours/differ");
+BENCHMARK_CAPTURE(IsSamePathAsOurs, identical, TSame::kIdentical)->Name("IsSamePathAs/ours/identical");
+BENCHMARK_CAPTURE(IsSamePathAsOurs, equal, TSame::kEqual)->Name("IsSamePathAs/ours/equal");
+BENCHMARK_CAPTURE(IsSamePathAsOurs, spellings, TSame::kSpellings)->Name("IsSamePathAs/ours/spellings");
+BENCHMARK_CAPTURE(IsSamePathAsOurs, differ, TSame::kDiffer)->Name("IsSamePathAs/ours/differ");
 
-void IsSamePathAsPeer(benchmark::State& state, bool equal) {
+void IsSamePathAsPeer(benchmark::State& state, TSame row) {
   const TInputs& in = Inputs();
-  const auto& other = equal ? in.peerOther : in.peerDiffer;
+  const auto& other = row == TSame::kDiffer ? in.peerDiffer : in.peerOther;
   std::size_t i = 0;
   for (auto _ : state) {
     benchmark::DoNotOptimize(in.peer[i] == other[i]);
     i = (i + 1) % 8;
   }
 }
-BENCHMARK_CAPTURE(IsSamePathAsPeer, equal, true)->Name("IsSamePathAs/std_filesystem/equal");
-BENCHMARK_CAPTURE(IsSamePathAsPeer, differ, false)->Name("IsSamePathAs/std_filesystem/differ");
+BENCHMARK_CAPTURE(IsSamePathAsPeer, identical, TSame::kIdentical)->Name("IsSamePathAs/std_filesystem/identical");
+BENCHMARK_CAPTURE(IsSamePathAsPeer, equal, TSame::kEqual)->Name("IsSamePathAs/std_filesystem/equal");
+BENCHMARK_CAPTURE(IsSamePathAsPeer, differ, TSame::kDiffer)->Name("IsSamePathAs/std_filesystem/differ");
+
+void IsSamePathAsPeerSpellings(benchmark::State& state) {
+  const TInputs& in = Inputs();
+  std::string folded;
+  std::size_t i = 0;
+  for (auto _ : state) {
+    std::string_view text = in.peerLong[i];
+    if (text.compare(0, 4, "//?/") == 0) text.remove_prefix(3);  // keeps the root "/"
+    folded.assign(text);
+    for (char& c : folded) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    benchmark::DoNotOptimize(in.peerFolded[i].compare(folded) == 0);
+    i = (i + 1) % 8;
+  }
+}
+BENCHMARK(IsSamePathAsPeerSpellings)->Name("IsSamePathAs/std_filesystem/spellings");
 
 void IsAncestorOfOurs(benchmark::State& state) {
   const TInputs& in = Inputs();

@@ -61,6 +61,35 @@ bool IsWellFormed(TView<wchar_t> text) {
   return true;
 }
 
+namespace {
+
+template <class Char>
+bool FoldedFrom(TView<Char> a, TView<Char> b, std::size_t from) {
+  const auto* pa = reinterpret_cast<const unsigned char*>(a.data());
+  const auto* pb = reinterpret_cast<const unsigned char*>(b.data());
+  const std::size_t bytes = a.size() * sizeof(Char);
+  constexpr std::size_t kWord = sizeof(std::uint64_t);
+  if (bytes < kWord) {
+    for (std::size_t i = 0; i < a.size(); ++i)
+      if (a[i] != b[i] && Lower(a[i]) != Lower(b[i])) return false;
+    return true;
+  }
+  // As in EqualNoCase, the last word overlaps the one before. Words are
+  // folded whether or not they differ: a branch on that would follow the
+  // text and be mispredicted.
+  auto same = [pa, pb](std::size_t at) {
+    return FoldAsciiWord<Char>(LoadWord(pa + at)) == FoldAsciiWord<Char>(LoadWord(pb + at));
+  };
+  for (std::size_t i = from; i + kWord < bytes; i += kWord)
+    if (!same(i)) return false;
+  return same(bytes - kWord);
+}
+
+}  // namespace
+
+bool EqualFoldedFrom(TView<char> a, TView<char> b, std::size_t from) { return FoldedFrom(a, b, from); }
+bool EqualFoldedFrom(TView<wchar_t> a, TView<wchar_t> b, std::size_t from) { return FoldedFrom(a, b, from); }
+
 std::string ToSystem(const std::wstring& text) { return FXString::ToString(text); }
 std::string Printable(TView<wchar_t> text) { return FXString::ToString(std::wstring(text)); }
 void FromSystem(const std::string& text, std::wstring& out) { out = FXString::ToWstring(text); }

@@ -39,44 +39,56 @@ bool StartsWith(TView<Char> s, std::string_view literal, bool exact = false) {
   return true;
 }
 
-// Eight bytes with the ASCII capitals made small: per byte, bit 7 of
-// (b & 0x7F) + (0x80 - 'A') says b >= 'A', of (b & 0x7F) + (0x80 - 'Z' - 1)
-// says b > 'Z'; bytes with bit 7 set are not ASCII and stay.
-inline std::uint64_t FoldAsciiWord(std::uint64_t x) {
-  constexpr std::uint64_t kOnes = 0x0101010101010101ull, kHigh = 0x8080808080808080ull;
+// A word of characters with the ASCII capitals made small, lane by lane
+// (a lane is one character: 8, 16 or 32 bits). Per lane, with h its top
+// bit: the top bit of (x & ~h) + (h - 'A') says the value below h is at
+// least 'A', of (x & ~h) + (h - 'Z' - 1) that it is above 'Z'; a lane with h
+// set is no ASCII capital and stays. No carry crosses a lane.
+template <class Char>
+std::uint64_t FoldAsciiWord(std::uint64_t x) {
+  constexpr unsigned kBits = 8 * sizeof(Char);
+  constexpr std::uint64_t kOnes = ~std::uint64_t(0) / ((std::uint64_t(1) << kBits) - 1);  // 1 per lane
+  constexpr std::uint64_t kHigh = kOnes << (kBits - 1);
   const std::uint64_t low = x & ~kHigh;
-  const std::uint64_t atLeastA = low + (0x80 - 'A') * kOnes;
-  const std::uint64_t aboveZ = low + (0x80 - 'Z' - 1) * kOnes;
+  const std::uint64_t atLeastA = low + (kHigh - 'A' * kOnes);
+  const std::uint64_t aboveZ = low + (kHigh - ('Z' + 1) * kOnes);
   const std::uint64_t capital = atLeastA & ~aboveZ & ~x & kHigh;
-  return x | (capital >> 2);
+  return x | (capital >> (kBits - 1 - 5));  // the top bit moved onto 0x20
 }
 
-// _strnicmp / _wcsnicmp equality, eight bytes at a time: equal words are
-// passed over, unequal ones are compared folded.
+inline std::uint64_t LoadWord(const void* at) {
+  std::uint64_t w;
+  std::memcpy(&w, at, sizeof w);
+  return w;
+}
+
+// The rest of EqualNoCase from the byte offset `from` on, where the texts
+// first differ in their bytes: out of line, so that the loop over equal
+// words stays small enough to inline.
+bool EqualFoldedFrom(TView<char> a, TView<char> b, std::size_t from);
+bool EqualFoldedFrom(TView<wchar_t> a, TView<wchar_t> b, std::size_t from);
+
+// _strnicmp / _wcsnicmp equality. Most paths compared are spelled alike, so
+// equal words are passed over first, inline and two at a time (a call to
+// memcmp costs more than such a comparison); case is folded only from the
+// first word that differs. The last word overlaps the one before rather than ending in a
+// loop over the rest: it still holds whole characters, 8 being a multiple
+// of every character size.
 template <class Char>
 bool EqualNoCase(TView<Char> a, TView<Char> b) {
-  const std::size_t n = a.size();
-  if (n != b.size()) return false;
-  // Most paths compared are spelled alike; the C library compares those
-  // fastest.
-  if (std::memcmp(a.data(), b.data(), n * sizeof(Char)) == 0) return true;
-  constexpr std::size_t kPerWord = sizeof(std::uint64_t) / sizeof(Char);
+  if (a.size() != b.size()) return false;
+  const auto* pa = reinterpret_cast<const unsigned char*>(a.data());
+  const auto* pb = reinterpret_cast<const unsigned char*>(b.data());
+  const std::size_t bytes = a.size() * sizeof(Char);
+  constexpr std::size_t kWord = sizeof(std::uint64_t);
+  if (bytes < kWord) return EqualFoldedFrom(a, b, 0);
   std::size_t i = 0;
-  for (; i + kPerWord <= n; i += kPerWord) {
-    std::uint64_t wa, wb;
-    std::memcpy(&wa, a.data() + i, sizeof wa);
-    std::memcpy(&wb, b.data() + i, sizeof wb);
-    if (wa == wb) continue;
-    if constexpr (sizeof(Char) == 1) {
-      if (FoldAsciiWord(wa) != FoldAsciiWord(wb)) return false;
-    } else {
-      for (std::size_t k = i; k < i + kPerWord; ++k)
-        if (a[k] != b[k] && Lower(a[k]) != Lower(b[k])) return false;
-    }
-  }
-  for (; i < n; ++i)
-    if (a[i] != b[i] && Lower(a[i]) != Lower(b[i])) return false;
-  return true;
+  for (; i + 2 * kWord < bytes; i += 2 * kWord)
+    if (((LoadWord(pa + i) ^ LoadWord(pb + i)) | (LoadWord(pa + i + kWord) ^ LoadWord(pb + i + kWord))) != 0)
+      return EqualFoldedFrom(a, b, i);
+  if (i + kWord < bytes && LoadWord(pa + i) != LoadWord(pb + i)) return EqualFoldedFrom(a, b, i);
+  const std::size_t last = bytes - kWord;
+  return LoadWord(pa + last) == LoadWord(pb + last) || EqualFoldedFrom(a, b, last);
 }
 
 template <class Char>
@@ -96,43 +108,43 @@ bool HasDriveColon(TView<Char> p) {
 }
 
 // A path reduced for sameness and ancestry: where its comparable rest
-// starts and how long it is, and its marks.
+// starts and how long it is. The offset also tells the marks: only the UNC
+// forms ("\\", "\\?\UNC\") reduce by 2 or 8; a single leading "\" by 1.
 struct TReduced {
   std::size_t offset = 0;
   std::size_t length = 0;
-  bool unc = false;
-  bool relative = false;
+  bool Unc() const { return offset == 2 || offset == 8; }
 };
 
 template <class Char>
+constexpr Char kLongPrefix[4] = {Char('\\'), Char('\\'), Char('?'), Char('\\')};
+
+template <class Char>
 TReduced Reduce(TView<Char> p) {
-  // Tested character by character: this runs for every comparison.
+  // This runs for every comparison: the long prefix is tested as one block
+  // (a single load for narrow text), and a letter c is 'u' or 'U' exactly
+  // when (c | 0x20) == 'u'.
   constexpr Char kSepChar = kSep<Char>;
-  TReduced r;
   const std::size_t n = p.size();
-  if (n > 0 && p[0] == kSepChar) {
-    if (n > 1 && p[1] == kSepChar) {
-      if (n > 3 && p[2] == Char('?') && p[3] == kSepChar) {
-        r.offset = 4;
-        if (n > 7 && Lower(p[4]) == Char('u') && Lower(p[5]) == Char('n') && Lower(p[6]) == Char('c') &&
-            p[7] == kSepChar) {
-          r.offset = 8;
-          r.unc = true;
-        }
-      } else {
-        r.offset = 2;
-        r.unc = true;
-      }
-    } else {
-      r.offset = 1;
-      r.relative = true;
-    }
-  } else {
-    r.relative = !HasDriveColon(p);
-  }
-  r.length = n - r.offset;
-  if (r.length > 0 && p[n - 1] == kSepChar) --r.length;
-  return r;
+  std::size_t offset;
+  if (n >= 4 && std::memcmp(p.data(), kLongPrefix<Char>, sizeof kLongPrefix<Char>) == 0)
+    offset = n >= 8 && (p[4] | Char(0x20)) == Char('u') && (p[5] | Char(0x20)) == Char('n') &&
+                     (p[6] | Char(0x20)) == Char('c') && p[7] == kSepChar
+                 ? 8
+                 : 4;
+  else if (n == 0 || p[0] != kSepChar)
+    offset = 0;
+  else
+    offset = n >= 2 && p[1] == kSepChar ? 2 : 1;
+  const std::size_t length = n - offset;
+  return {offset, length > 0 && p[n - 1] == kSepChar ? length - 1 : length};
+}
+
+// The ancestry mark "relative": a single leading "\", or no leading "\" and
+// no drive colon (the empty path too).
+template <class Char>
+bool Relative(TView<Char> p, const TReduced& r) {
+  return r.offset == 1 || (r.offset == 0 && !HasDriveColon(p));
 }
 
 template <class Char>
@@ -171,16 +183,20 @@ bool VolumeUniqueId(TView<Char> text) {
 template <class Char>
 bool SamePath(TView<Char> a, TView<Char> b) {
   const TReduced ra = Reduce(a), rb = Reduce(b);
-  return ra.unc == rb.unc && EqualNoCase(a.substr(ra.offset, ra.length), b.substr(rb.offset, rb.length));
+  return ra.Unc() == rb.Unc() && EqualNoCase(TView<Char>(a.data() + ra.offset, ra.length),
+                                             TView<Char>(b.data() + rb.offset, rb.length));
 }
 
 template <class Char>
 bool Ancestor(TView<Char> a, TView<Char> b, bool allowEqual) {
   const TReduced ra = Reduce(a), rb = Reduce(b);
-  if (ra.unc != rb.unc || ra.relative != rb.relative || ra.length > rb.length) return false;
-  if (ra.length > 0 && !EqualNoCase(a.substr(ra.offset, ra.length), b.substr(rb.offset, ra.length))) return false;
+  const bool relative = Relative(a, ra);
+  if (ra.Unc() != rb.Unc() || relative != Relative(b, rb) || ra.length > rb.length) return false;
+  if (ra.length > 0 &&
+      !EqualNoCase(TView<Char>(a.data() + ra.offset, ra.length), TView<Char>(b.data() + rb.offset, ra.length)))
+    return false;
   if (ra.length == rb.length) return allowEqual;
-  if (!ra.relative || ra.length > 0) return b[rb.offset + ra.length] == kSep<Char>;
+  if (!relative || ra.length > 0) return b[rb.offset + ra.length] == kSep<Char>;
   return true;
 }
 

@@ -10,11 +10,20 @@
 namespace {
 
 // Short texts (names, paths) are converted on the stack and copied once
-// into a string of the exact size; long ones straight into a result of the
-// worst-case size, which is then cut to the length produced (no copy). A
-// vector pass counting the exact size first was measured no faster: what
-// it saves in clearing a smaller string it spends reading the input twice.
+// into a string of the exact size. A long text becomes wide straight in its
+// result, in room of the worst-case size reserved at the start, and the
+// result is cut to the length produced (no copy). A vector pass counting
+// the exact size first was measured no faster: what it saves in clearing a
+// smaller string it spends reading the input twice.
 constexpr std::size_t kStackUnits = 256;
+
+// A long text becomes UTF-8 a piece at a time on the stack, each piece
+// appended to a result whose worst-case room was reserved (not cleared) at
+// the start: that room is three or four times what most texts need, and
+// clearing it was measured to cost more than copying the pieces from the
+// cache. (Wide results are the other way round: their worst case is about
+// their size, and the copy costs more than the clearing.)
+constexpr std::size_t kPieceUnits = 2048;
 
 // The worst case of output units per input unit.
 constexpr std::size_t kUtf8PerWide = sizeof(wchar_t) == 2 ? 3 : 4;
@@ -43,50 +52,53 @@ std::wstring Utf8ToWide(const char* text, std::size_t length) {
       const wchar_t* end = FXUTFDetail::DecodeUtf8Replacing(s, e, buffer);
       return std::wstring(buffer, static_cast<std::size_t>(end - buffer));
     }
-    std::wstring out(length, L'\0');
-    wchar_t* t = &out[0];
+    // The result grows a stretch at a time within the room reserved at the
+    // start, so that the zeros its growth writes are still in the cache
+    // when the conversion overwrites them.
+    std::wstring out;
+    out.reserve(length);
     const std::uint8_t* e = s + length;
     while (s != e) {
-      s = FXUTFDetail::WidenAsciiUntilNul(s, e, t);
-      if (s == e) break;
-      const std::uint8_t* stop = e - s > kStretch ? s + kStretch : e;
-      const void* nul = std::memchr(s, 0, static_cast<std::size_t>(stop - s));
-      if (nul != nullptr) {
-        e = stop = static_cast<const std::uint8_t*>(nul);
-      } else if (stop != e) {
-        stop = StretchEnd(stop);
+      const std::uint8_t* stop = e - s > kStretch ? StretchEnd(s + kStretch) : e;
+      const std::size_t done = out.size();
+      out.resize(done + static_cast<std::size_t>(stop - s));
+      wchar_t* t = &out[done];
+      const std::uint8_t* rest = FXUTFDetail::WidenAsciiUntilNul(s, stop, t);
+      if (rest != stop) {
+        const void* nul = std::memchr(rest, 0, static_cast<std::size_t>(stop - rest));
+        if (nul != nullptr) e = stop = static_cast<const std::uint8_t*>(nul);
+        t = FXUTFDetail::DecodeUtf8Replacing(rest, stop, t);
       }
-      t = FXUTFDetail::DecodeUtf8Replacing(s, stop, t);
+      out.resize(static_cast<std::size_t>(t - out.data()));
       s = stop;
     }
-    out.resize(static_cast<std::size_t>(t - out.data()));
     return out;
   } catch (const std::bad_alloc&) {
     return std::wstring();
   }
 }
 
-// The length up to the first NUL of a converted text. A NUL of the output
-// is where the first NUL of the input went (no conversion makes one of
-// anything else, and a sequence cut short by it is replaced as it would be
-// at the end), so the narrow output is scanned rather than the wide input.
-std::size_t UpToNul(const std::uint8_t* begin, const std::uint8_t* end) {
-  const void* nul = std::memchr(begin, 0, static_cast<std::size_t>(end - begin));
-  return static_cast<std::size_t>((nul != nullptr ? static_cast<const std::uint8_t*>(nul) : end) - begin);
-}
-
-// Converts the whole input and cuts the result at its first NUL.
+// Converts up to the first NUL. A NUL of the output is where the first
+// NUL of the input went (no conversion makes one of anything else, and a
+// surrogate cut off by it is replaced as it would be at the end), so each
+// converted piece is searched rather than the wide input.
 std::string WideToUtf8(const wchar_t* text, std::size_t length) {
+  const wchar_t* const e = text + length;
   try {
-    if (length <= kStackUnits) {
-      std::uint8_t buffer[kStackUnits * kUtf8PerWide];
-      const std::uint8_t* end = FXUTFDetail::EncodeUtf8Replacing(text, text + length, buffer);
-      return std::string(reinterpret_cast<const char*>(buffer), UpToNul(buffer, end));
+    std::string out;
+    if (length > kPieceUnits) out.reserve(length * kUtf8PerWide);
+    std::uint8_t buffer[kPieceUnits * kUtf8PerWide];
+    for (const wchar_t* s = text; s != e;) {
+      // A piece never ends between the units of a surrogate pair.
+      const wchar_t* stop = e - s > static_cast<std::ptrdiff_t>(kPieceUnits) ? s + kPieceUnits : e;
+      if (stop != e && FXUTFDetail::IsLowSurrogate(FXUTFDetail::Value(*stop))) --stop;
+      const std::uint8_t* end = FXUTFDetail::EncodeUtf8Replacing(s, stop, buffer);
+      const void* nul = std::memchr(buffer, 0, static_cast<std::size_t>(end - buffer));
+      if (nul != nullptr) end = static_cast<const std::uint8_t*>(nul);
+      out.append(reinterpret_cast<const char*>(buffer), static_cast<std::size_t>(end - buffer));
+      if (nul != nullptr) break;
+      s = stop;
     }
-    std::string out(length * kUtf8PerWide, '\0');
-    auto* begin = reinterpret_cast<std::uint8_t*>(&out[0]);
-    const std::uint8_t* end = FXUTFDetail::EncodeUtf8Replacing(text, text + length, begin);
-    out.resize(UpToNul(begin, end));
     return out;
   } catch (const std::bad_alloc&) {
     return std::string();

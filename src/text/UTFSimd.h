@@ -1,13 +1,14 @@
 // Vector blocks of the transcoders (internal): 16-byte blocks of ASCII, of
 // two-byte and of three-byte characters, validated and converted a vector
-// at a time. SSE2 is part of every x86-64 processor, so no run-time
-// dispatch is needed; the 16-byte vectors also keep clear of the stack
+// at a time, and (with SSSE3) blocks mixing ASCII with two-byte characters.
+// SSE2 is part of every x86-64 processor, so only SSSE3 is asked for at run
+// time; all vectors are of 16 bytes, which keeps clear of the stack
 // alignment trouble of 32-byte ones under mingw-w64. Other targets and the
 // portable build (ZU_PORTABLE) use the scalar code of UTFCore.h alone.
 //
-// A block that is none of these shapes (mixed, ill-formed, four-byte
-// characters, the tail) is left to the scalar code, which finds every
-// fault; a block is converted here only when all of it is well-formed, so
+// A block that is none of these shapes (ill-formed, four-byte characters,
+// three-byte ones mixed with others, the tail) is left to the scalar code,
+// which finds every fault; a block is converted here only when all of it is well-formed, so
 // the answers never depend on which path ran.
 #pragma once
 
@@ -16,7 +17,9 @@
 
 #if !defined(ZU_PORTABLE) && (defined(__x86_64__) || defined(_M_X64))
 #define ZU_UTF_SSE2 1
+#include <cpuid.h>
 #include <emmintrin.h>
+#include <tmmintrin.h>
 #endif
 
 namespace FXUTFDetail {
@@ -81,15 +84,182 @@ inline __m128i Decode3(const std::uint8_t* s, __m128i& ok) {
 
 }  // namespace Simd
 
+// Text that mixes ASCII with two-byte characters (European) needs its
+// bytes moved by a pattern that changes from block to block: SSSE3's byte
+// shuffle does that with a pattern looked up by the block's shape. SSSE3 is
+// asked for once, at run time; processors without it keep to the SSE2 and
+// scalar code.
+inline bool HaveSsse3() {
+  static const bool have = [] {
+    unsigned a = 0, b = 0, c = 0, d = 0;
+    return __get_cpuid(1, &a, &b, &c, &d) != 0 && (c & bit_SSSE3) != 0;
+  }();
+  return have;
+}
+
+namespace Simd {
+
+// Shuffle patterns by an 8-bit shape, with the number of units they keep:
+// `lanes` gathers the 16-bit lanes whose bit is set; `pairs` keeps the low
+// byte of every 16-bit lane and the high byte of those whose bit is set.
+struct TShuffles {
+  alignas(16) std::uint8_t lanes[256][16];
+  alignas(16) std::uint8_t pairs[256][16];
+  std::uint8_t count[256];  // bits set; POPCNT is not implied by SSSE3
+};
+
+constexpr TShuffles MakeShuffles() {
+  TShuffles out{};
+  for (int m = 0; m < 256; ++m) {
+    int n = 0, k = 0;
+    for (int i = 0; i < 8; ++i) {
+      out.pairs[m][k++] = static_cast<std::uint8_t>(2 * i);
+      if ((m >> i) & 1) {
+        out.lanes[m][2 * n] = static_cast<std::uint8_t>(2 * i);
+        out.lanes[m][2 * n + 1] = static_cast<std::uint8_t>(2 * i + 1);
+        out.pairs[m][k++] = static_cast<std::uint8_t>(2 * i + 1);
+        ++n;
+      }
+    }
+    for (int i = 2 * n; i < 16; ++i) out.lanes[m][i] = 0x80;
+    for (; k < 16; ++k) out.pairs[m][k] = 0x80;
+    out.count[m] = static_cast<std::uint8_t>(n);
+  }
+  return out;
+}
+
+inline constexpr TShuffles kShuffles = MakeShuffles();
+
+__attribute__((target("ssse3"))) inline __m128i Shuffle(__m128i v, const std::uint8_t (&pattern)[16]) {
+  return _mm_shuffle_epi8(v, _mm_load_si128(reinterpret_cast<const __m128i*>(pattern)));
+}
+
+}  // namespace Simd
+
+// The eight characters of 16-bit lanes `c` whose bit in `keep` is set.
+template <class Unit>
+__attribute__((target("ssse3"))) inline Unit* StoreKept(__m128i c, unsigned keep, Unit* t) {
+  using namespace Simd;
+  Store8(t, Shuffle(c, kShuffles.lanes[keep]));
+  return t + kShuffles.count[keep];
+}
+
+// The characters of the 16 bytes v that start no continuation (bits of
+// `keep`), where `lead` marks the two-byte leads and `next` holds the byte
+// after each. A lead's character is summed by weights from its lane of
+// two bytes: (lead & 0x1F) * 64 + (next & 0x3F); an ASCII byte is itself.
+template <class Unit>
+__attribute__((target("ssse3"))) inline Unit* DecodeVector(__m128i v, __m128i next, __m128i lead, unsigned keep,
+                                                         Unit* t) {
+  const __m128i low = _mm_and_si128(v, _mm_xor_si128(_mm_set1_epi8(0x7F), _mm_and_si128(lead, _mm_set1_epi8(0x60))));
+  const __m128i trail = _mm_and_si128(next, _mm_and_si128(lead, _mm_set1_epi8(0x3F)));
+  const __m128i weight = _mm_xor_si128(_mm_set1_epi8(1), _mm_and_si128(lead, _mm_set1_epi8(65)));
+  const __m128i one = _mm_set1_epi8(1);
+  t = StoreKept(_mm_maddubs_epi16(_mm_unpacklo_epi8(low, trail), _mm_unpacklo_epi8(weight, one)), keep & 0xFF, t);
+  return StoreKept(_mm_maddubs_epi16(_mm_unpackhi_epi8(low, trail), _mm_unpackhi_epi8(weight, one)), (keep >> 8) & 0xFF,
+                   t);
+}
+
+// Converts the 32-byte blocks at the start of [s, e) that hold only ASCII
+// and two-byte sequences, all well-formed, and returns where it stopped. A
+// sequence cut by the block's end is left for the next block. The target
+// needs room for e - s units and is advanced past the output.
+template <class Unit>
+__attribute__((target("ssse3"))) const std::uint8_t* DecodeShortBlocks(const std::uint8_t* s, const std::uint8_t* e,
+                                                                     Unit*& target) {
+  using namespace Simd;
+  Unit* t = target;
+  const __m128i zero = _mm_setzero_si128();
+  const auto bits = [](__m128i a, __m128i b) {
+    return static_cast<std::uint32_t>(_mm_movemask_epi8(a)) | static_cast<std::uint32_t>(_mm_movemask_epi8(b)) << 16;
+  };
+  while (e - s >= 32) {
+    const __m128i v0 = Load(s), v1 = Load(s + 16);
+    const std::uint32_t high = bits(v0, v1);
+    if (high == 0) {
+      Store8(t, _mm_unpacklo_epi8(v0, zero));
+      Store8(t + 8, _mm_unpackhi_epi8(v0, zero));
+      Store8(t + 16, _mm_unpacklo_epi8(v1, zero));
+      Store8(t + 24, _mm_unpackhi_epi8(v1, zero));
+      s += 32;
+      t += 32;
+      continue;
+    }
+    // Continuation bytes 80..BF are below -64 as signed bytes, leads C2..DF
+    // lie in -62..-33. Every byte must be one of these or ASCII, and the
+    // continuations must be exactly the bytes after the leads.
+    const __m128i below = _mm_set1_epi8(-64), above = _mm_set1_epi8(-63), top = _mm_set1_epi8(-32);
+    const __m128i lead0 = _mm_and_si128(_mm_cmpgt_epi8(v0, above), _mm_cmplt_epi8(v0, top));
+    const __m128i lead1 = _mm_and_si128(_mm_cmpgt_epi8(v1, above), _mm_cmplt_epi8(v1, top));
+    const std::uint32_t contBits = bits(_mm_cmplt_epi8(v0, below), _mm_cmplt_epi8(v1, below));
+    const std::uint32_t leadBits = bits(lead0, lead1);
+    if ((~high | contBits | leadBits) != ~0u || contBits != leadBits << 1) break;
+    // Continuation bytes are dropped; a lead cut off by the block's end
+    // waits for the next block.
+    std::uint32_t keep = ~contBits;
+    std::ptrdiff_t used = 32;
+    if (leadBits >> 31) {
+      keep &= 0x7FFFFFFF;
+      used = 31;
+    }
+    t = DecodeVector(v0, _mm_alignr_epi8(v1, v0, 1), lead0, keep & 0xFFFF, t);
+    t = DecodeVector(v1, _mm_srli_si128(v1, 1), lead1, keep >> 16, t);
+    s += used;
+  }
+  target = t;
+  return s;
+}
+
+// Converts the blocks at the start of [s, e) that are sixteen units below
+// U+0800 to UTF-8, and returns where it stopped. The target needs room for
+// 2 bytes per unit; it is advanced past the output, and bytes after that
+// may have been written.
+template <class Unit>
+__attribute__((target("ssse3"))) const Unit* EncodeShortBlocks(const Unit* s, const Unit* e, std::uint8_t*& target) {
+  using namespace Simd;
+  std::uint8_t* t = target;
+  const __m128i zero = _mm_setzero_si128();
+  while (e - s >= 16) {
+    __m128i x[2];
+    if constexpr (sizeof(Unit) == 2) {
+      x[0] = Load(s);
+      x[1] = Load(s + 8);
+      if (!AllSet(_mm_cmpeq_epi16(_mm_and_si128(_mm_or_si128(x[0], x[1]), Set16(0xF800)), zero))) break;
+    } else {
+      const __m128i a = Load(s), b = Load(s + 4), c = Load(s + 8), d = Load(s + 12);
+      const __m128i any = _mm_or_si128(_mm_or_si128(a, b), _mm_or_si128(c, d));
+      // Above U+07FF, or a negative wchar_t: not for this block.
+      if (!AllSet(_mm_cmpeq_epi32(_mm_and_si128(any, Set32(~0x7FF)), zero))) break;
+      x[0] = _mm_packs_epi32(a, b);
+      x[1] = _mm_packs_epi32(c, d);
+    }
+    for (const __m128i c : x) {
+      // A lead and a continuation byte in each lane; an ASCII lane keeps
+      // its low byte alone.
+      const __m128i two = _mm_cmpgt_epi16(c, Set16(0x7F));
+      const __m128i pair = _mm_or_si128(_mm_or_si128(Set16(0x80C0), _mm_srli_epi16(c, 6)),
+                                        _mm_slli_epi16(_mm_and_si128(c, Set16(0x3F)), 8));
+      const __m128i lanes = _mm_or_si128(_mm_and_si128(two, pair), _mm_andnot_si128(two, c));
+      const unsigned bits = static_cast<unsigned>(_mm_movemask_epi8(_mm_packs_epi16(two, zero)));
+      Store(t, Shuffle(lanes, kShuffles.pairs[bits]));
+      t += 8 + kShuffles.count[bits];
+    }
+    s += 16;
+  }
+  target = t;
+  return s;
+}
+
 // Converts the 16-byte blocks at the start of [s, e) that are ASCII,
 // eight two-byte sequences, or (24 bytes) eight three-byte sequences to
 // UTF-16 or UTF-32, and returns where it stopped: at the tail or at the
 // first block of another shape. The target needs room for e - s units and
 // is advanced past the output.
 //
-// Mixed ASCII and two-byte text (European) is left to the scalar code:
-// without a byte shuffle (SSSE3) squeezing out its continuation bytes costs
-// more vector operations than the scalar code spends.
+// Mixed ASCII and two-byte text (European) goes to the SSSE3 blocks where
+// the processor has them; without a byte shuffle, squeezing out its
+// continuation bytes costs more vector operations than the scalar code
+// spends, so it is left to that.
 template <class Unit>
 const std::uint8_t* DecodeBlocks(const std::uint8_t* s, const std::uint8_t* e, Unit*& target) {
   using namespace Simd;
@@ -120,7 +290,13 @@ const std::uint8_t* DecodeBlocks(const std::uint8_t* s, const std::uint8_t* e, U
     // of each 16-bit lane, continuation 10xxxxxx in the high one.
     const __m128i shape = _mm_cmpeq_epi16(_mm_and_si128(v, Set16(0xC0E0)), Set16(0x80C0));
     const __m128i overlong = _mm_cmpeq_epi16(_mm_and_si128(v, Set16(0x1E)), zero);
-    if (!AllSet(_mm_andnot_si128(overlong, shape))) break;
+    if (!AllSet(_mm_andnot_si128(overlong, shape))) {
+      if (!HaveSsse3()) break;
+      const std::uint8_t* const stop = DecodeShortBlocks(s, e, t);
+      if (stop == s) break;
+      s = stop;
+      continue;
+    }
     Store8(t, _mm_or_si128(_mm_slli_epi16(_mm_and_si128(v, Set16(0x1F)), 6),
                            _mm_and_si128(_mm_srli_epi16(v, 8), Set16(0x3F))));
     s += 16;
@@ -190,7 +366,13 @@ const Unit* EncodeBlocks(const Unit* s, const Unit* e, std::uint8_t*& target) {
     const __m128i top = _mm_and_si128(x, Set16(0xF800));
     const __m128i small = _mm_cmpeq_epi16(top, zero);
     if (_mm_movemask_epi8(small) == 0xFFFF) {
-      if (_mm_movemask_epi8(_mm_cmplt_epi16(x, Set16(0x80))) != 0) break;  // mixed with ASCII
+      if (_mm_movemask_epi8(_mm_cmplt_epi16(x, Set16(0x80))) != 0) {  // mixed with ASCII
+        if (!HaveSsse3()) break;
+        const Unit* const stop = EncodeShortBlocks(s, e, t);
+        if (stop == s) break;
+        s = stop;
+        continue;
+      }
       // Eight two-byte characters: lead and continuation in each lane.
       Store(t, _mm_or_si128(_mm_or_si128(Set16(0x80C0), _mm_srli_epi16(x, 6)),
                             _mm_slli_epi16(_mm_and_si128(x, Set16(0x3F)), 8)));

@@ -80,6 +80,13 @@ TYPED_TEST(PathText, Sameness) {
       {"C:\\a", "C:\\ab", false},
       {"\\\\?\\Volume{x}\\", "\\\\?\\volume{X}", true},
       {"\\\\?\\UNC\\srv\\s", "\\\\?\\srv\\s", false},
+      // Prefixes cut short or nearly spelled.
+      {"\\\\?\\UNC", "UNC", true},
+      {"\\\\?\\UNC\\", "\\\\", true},
+      {"\\\\?", "\\\\?\\", false},
+      {"\\\\?\\uNc\\srv", "\\\\srv", true},
+      {"\\\\?\\U5C\\x", "\\\\?\\UNC\\x", false},
+      {"\\\\?\\UN\\x", "UN\\x", true},
       // Long enough to be compared a word at a time: only A-Z fold.
       {"C:\\Some Long Folder\\With Mixed Case\\File.TXT", "c:\\some long folder\\with mixed CASE\\file.txt", true},
       {"C:\\abcdefgh\\@@@@@@@@\\x", "C:\\abcdefgh\\````````\\x", false},
@@ -91,6 +98,44 @@ TYPED_TEST(PathText, Sameness) {
     SCOPED_TRACE(std::string(row.a) + " | " + row.b);
     EXPECT_EQ(row.same, FXPath::IsSamePathAs(S<C>(row.a), S<C>(row.b)));
     EXPECT_EQ(row.same, FXPath::IsSamePathAs(S<C>(row.b), S<C>(row.a)));
+  }
+}
+
+// Case is folded a word of characters at a time: one character changed at
+// every position of texts of 1 to 17 characters (short of, at and across
+// word boundaries, narrow and wide) must give the answer of a character by
+// character comparison, for the neighbours of the letters in ASCII, for
+// bytes above it and, in wide text, for characters whose low byte is a
+// letter. A backslash probe at either end is reduced away on both sides
+// alike, so the expectation still holds.
+TYPED_TEST(PathText, SamenessFoldsOnlyAsciiLettersAtEveryPosition) {
+  using C = TypeParam;
+  auto lower = [](C c) { return c >= C('A') && c <= C('Z') ? C(c - 'A' + 'a') : c; };
+  std::basic_string<C> probes;
+  for (const char c : std::string_view("@AZ[`az{Mm0\\\x7F\x80\xC1\xE1\xFF")) probes.push_back(C(c));
+  if constexpr (sizeof(C) > 1) {
+    for (const unsigned v : {0x141u, 0x161u, 0x4100u, 0x6100u, 0xC0C1u, 0xFF41u, 0xFF61u}) probes.push_back(C(v));
+  }
+  if constexpr (sizeof(C) > 2) {
+    for (const unsigned v : {0x10041u, 0x10061u, 0x410000u, 0x41000000u}) probes.push_back(C(v));
+  }
+  for (std::size_t length = 1; length <= 17; ++length) {
+    const std::basic_string<C> base = S<C>(std::string("dAtA-zYxW@[`{Q_9g").substr(0, length));
+    for (std::size_t at = 0; at < length; ++at) {
+      for (const C x : probes) {
+        for (const C y : probes) {
+          std::basic_string<C> a = base, b = base;
+          a[at] = x;
+          b[at] = y;
+          const bool expected = lower(x) == lower(y);
+          if (FXPath::IsSamePathAs(a, b) != expected || FXPath::IsSamePathAs(b, a) != expected) {
+            ADD_FAILURE() << "length " << length << ", position " << at << ", characters " << unsigned(x) << " and "
+                          << unsigned(y);
+            return;
+          }
+        }
+      }
+    }
   }
 }
 

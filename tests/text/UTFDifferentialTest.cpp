@@ -2,6 +2,7 @@
 // of every shape the blocks look for, broken at random places, must give
 // the same answer on both paths, through the public conversions and
 // through the internal converters of both wide widths.
+#include <algorithm>
 #include <cstdint>
 #include <random>
 #include <string>
@@ -30,12 +31,15 @@ void PutUtf8(std::string& out, std::uint32_t c) {
 // four-byte characters, and the faults: stray and cut-off sequences,
 // overlong forms, encoded surrogates, values above U+10FFFF, bytes that
 // never occur. Never a NUL, at which the public conversions stop.
-std::string RandomUtf8(Random& random) {
+// European text is mostly ASCII mixed with two-byte characters, which the
+// blocks take together, with the faults that can break such blocks.
+std::string RandomUtf8(Random& random, bool european) {
+  static const std::uint32_t kEuropean[] = {3, 3, 3, 3, 3, 0, 1, 5, 6, 7, 9};
   std::string out;
   const std::uint32_t pieces = In(random, 1, 30);
   for (std::uint32_t i = 0; i < pieces; ++i) {
     const std::uint32_t run = In(random, 1, 24);
-    switch (In(random, 0, 9)) {
+    switch (european ? kEuropean[In(random, 0, 10)] : In(random, 0, 9)) {
       case 0:
         for (std::uint32_t k = 0; k < run; ++k) PutUtf8(out, In(random, 1, 0x7F));
         break;
@@ -89,8 +93,10 @@ std::string RandomUtf8(Random& random) {
 
 // Units of every length in runs, with unpaired surrogates and (in 32 bits)
 // values above U+10FFFF and ones with the sign bit set. Never a 0.
+// European text: as above.
 template <class Unit>
-std::vector<Unit> RandomWide(Random& random) {
+std::vector<Unit> RandomWide(Random& random, bool european) {
+  static const std::uint32_t kEuropean[] = {2, 2, 2, 2, 2, 0, 1, 3, 5, 6};
   std::vector<Unit> out;
   const auto put = [&out](std::uint32_t c) {
     if (sizeof(Unit) == 2 && c > 0xFFFF) {
@@ -103,7 +109,7 @@ std::vector<Unit> RandomWide(Random& random) {
   const std::uint32_t pieces = In(random, 1, 30);
   for (std::uint32_t i = 0; i < pieces; ++i) {
     const std::uint32_t run = In(random, 1, 24);
-    switch (In(random, 0, 7)) {
+    switch (european ? kEuropean[In(random, 0, 9)] : In(random, 0, 7)) {
       case 0:
         for (std::uint32_t k = 0; k < run; ++k) put(In(random, 1, 0x7F));
         break;
@@ -156,7 +162,7 @@ constexpr int kRounds = 4000;
 TEST(UTFDifferential, ToWstringAgreesWithTheScalarPath) {
   Random random(1123);
   for (int round = 0; round < kRounds; ++round) {
-    const std::string text = RandomUtf8(random);
+    const std::string text = RandomUtf8(random, round % 2 == 1);
     const std::vector<wchar_t> expected = Decode<wchar_t, false>(text);
     ASSERT_EQ(std::wstring(expected.begin(), expected.end()), FXString::ToWstring(text)) << "round " << round;
     const std::size_t cut = In(random, 0, static_cast<std::uint32_t>(text.size()) - 1);
@@ -174,7 +180,8 @@ TEST(UTFDifferential, ToWstringAgreesWithTheScalarPath) {
 TEST(UTFDifferential, ToStringAgreesWithTheScalarPath) {
   Random random(2311);
   for (int round = 0; round < kRounds; ++round) {
-    const std::vector<wchar_t> text = RandomWide<wchar_t>(random);
+    const bool european = round % 2 == 1;
+    const std::vector<wchar_t> text = RandomWide<wchar_t>(random, european);
     ASSERT_EQ((Encode<wchar_t, false>(text)), FXString::ToString(std::wstring(text.begin(), text.end())))
         << "round " << round;
     // A NUL ends the text, whatever comes before it (a surrogate whose pair
@@ -186,9 +193,9 @@ TEST(UTFDifferential, ToStringAgreesWithTheScalarPath) {
               FXString::ToString(withNul))
         << "round " << round;
     if constexpr (FXUTFDetail::kHaveVector) {
-      const std::vector<std::uint16_t> narrow = RandomWide<std::uint16_t>(random);
+      const std::vector<std::uint16_t> narrow = RandomWide<std::uint16_t>(random, european);
       ASSERT_EQ((Encode<std::uint16_t, false>(narrow)), (Encode<std::uint16_t, true>(narrow))) << "round " << round;
-      const std::vector<std::uint32_t> wide = RandomWide<std::uint32_t>(random);
+      const std::vector<std::uint32_t> wide = RandomWide<std::uint32_t>(random, european);
       ASSERT_EQ((Encode<std::uint32_t, false>(wide)), (Encode<std::uint32_t, true>(wide))) << "round " << round;
     }
   }
@@ -210,7 +217,7 @@ TEST(UTFDifferential, LongTextsConvertAsOnePiece) {
   }
   Random random(4242);
   std::string text;
-  while (text.size() < 50000) text += RandomUtf8(random);
+  while (text.size() < 50000) text += RandomUtf8(random, text.size() % 2 == 1);
   const std::vector<wchar_t> expected = Decode<wchar_t, false>(text);
   EXPECT_EQ(std::wstring(expected.begin(), expected.end()), FXString::ToWstring(text));
   for (const std::size_t nul : {std::size_t{0}, std::size_t{5000}, std::size_t{20000}, text.size() - 1}) {
@@ -223,6 +230,25 @@ TEST(UTFDifferential, LongTextsConvertAsOnePiece) {
   std::string ascii(40000, 'x');
   ascii[30001] = '\0';
   EXPECT_EQ(std::wstring(30001, L'x'), FXString::ToWstring(ascii));
+}
+
+// Long wide texts become UTF-8 a piece (2048 units) at a time; a surrogate
+// pair, an unpaired surrogate or a NUL at the cut must convert as in one
+// piece.
+TEST(UTFDifferential, LongWideTextsConvertAsOnePiece) {
+  const std::vector<std::vector<wchar_t>> pieces = {
+      {static_cast<wchar_t>(0xD83D), static_cast<wchar_t>(0xDE00)}, {static_cast<wchar_t>(0xD83D)},
+      {static_cast<wchar_t>(0xDE00)}, {0x00E9, 0x6771}, {0}, {0x00E9, 0}};
+  for (std::size_t at = 2048 - 3; at <= 2048 + 2; ++at) {
+    for (const std::vector<wchar_t>& piece : pieces) {
+      std::vector<wchar_t> text(at, L'a');
+      text.insert(text.end(), piece.begin(), piece.end());
+      text.insert(text.end(), 3000, 0x00FC);
+      std::vector<wchar_t> beforeNul(text.begin(), std::find(text.begin(), text.end(), L'\0'));
+      ASSERT_EQ((Encode<wchar_t, false>(beforeNul)), FXString::ToString(std::wstring(text.begin(), text.end())))
+          << at << " " << piece.size();
+    }
+  }
 }
 
 // Valid text goes there and back unchanged on the vector path too, at
