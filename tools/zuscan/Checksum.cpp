@@ -14,8 +14,9 @@ namespace zuscan {
 
 namespace {
 
-// Large enough that the checksum, not the call, dominates.
-constexpr std::size_t kBlockSize = 1 << 20;
+// Large enough that the checksum, not the call, dominates; small enough to
+// stay in the cache between the read and the checksum.
+constexpr std::size_t kBlockSize = 64 << 10;
 
 // Blocks are reused from scan to scan and file to file: a scan allocates one
 // per worker, not one per file. (A thread_local block would do the same, but
@@ -121,6 +122,9 @@ CZuError ChecksumFile(const std::string& path, EChecksum kind, std::string& hex,
       case EChecksum::Md5: md5.Process(block.get(), length); break;
       case EChecksum::None: break;
     }
+    // A regular file gives less than asked only at its end: one read
+    // system call saved per file, which is most of a small file's cost.
+    if (n < kBlockSize) break;
   }
   switch (kind) {
     case EChecksum::Crc32: hex = HexBigEndian(crc32.GetCRC32()); break;
