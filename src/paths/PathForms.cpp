@@ -4,41 +4,19 @@
 #include <cwchar>
 
 #include "paths/PathText.h"
+#include "text/UTFCore.h"
 #include "text/StringConvert.h"
 
 namespace FXPath {
 namespace Detail {
 
 bool IsWellFormed(TView<char> text) {
-  const auto* s = reinterpret_cast<const unsigned char*>(text.data());
-  const std::size_t n = text.size();
-  for (std::size_t i = 0; i < n;) {
-    const unsigned char lead = s[i];
-    if (lead < 0x80) {
-      ++i;
-      continue;
-    }
-    // The second byte's range depends on the lead (no overlong forms, no
-    // encoded surrogates, nothing beyond U+10FFFF); later bytes are 80-BF.
-    std::size_t length;
-    unsigned char low = 0x80, high = 0xBF;
-    if (lead >= 0xC2 && lead <= 0xDF) {
-      length = 2;
-    } else if (lead >= 0xE0 && lead <= 0xEF) {
-      length = 3;
-      if (lead == 0xE0) low = 0xA0;
-      if (lead == 0xED) high = 0x9F;
-    } else if (lead >= 0xF0 && lead <= 0xF4) {
-      length = 4;
-      if (lead == 0xF0) low = 0x90;
-      if (lead == 0xF4) high = 0x8F;
-    } else {
-      return false;
-    }
-    if (n - i < length || s[i + 1] < low || s[i + 1] > high) return false;
-    for (std::size_t k = 2; k < length; ++k)
-      if (s[i + k] < 0x80 || s[i + k] > 0xBF) return false;
-    i += length;
+  const auto* s = reinterpret_cast<const std::uint8_t*>(text.data());
+  const auto* const e = s + text.size();
+  while (s < e) {
+    const std::size_t length = FXUTFDetail::WellFormedLength(s, e);
+    if (length == 0) return false;
+    s += length;
   }
   return true;
 }

@@ -10,6 +10,7 @@
 #include <cstring>
 
 #include "text/TextFileSupport.h"
+#include "text/UTFCore.h"
 
 #if !defined(ZU_PORTABLE) && (defined(__x86_64__) || defined(_M_X64))
 #include <immintrin.h>
@@ -29,30 +30,8 @@ bool IsWellFormedScalar(const unsigned char* p, const unsigned char* const end) 
       p += 8;
     }
     if (p == end) break;
-    const unsigned c = *p;
-    if (c < 0x80) {
-      ++p;
-      continue;
-    }
-    std::size_t length;
-    unsigned low = 0x80, high = 0xBF;
-    if (c >= 0xC2 && c <= 0xDF) {
-      length = 2;
-    } else if (c >= 0xE0 && c <= 0xEF) {
-      length = 3;
-      if (c == 0xE0) low = 0xA0;
-      if (c == 0xED) high = 0x9F;
-    } else if (c >= 0xF0 && c <= 0xF4) {
-      length = 4;
-      if (c == 0xF0) low = 0x90;
-      if (c == 0xF4) high = 0x8F;
-    } else {
-      return false;
-    }
-    if (static_cast<std::size_t>(end - p) < length) return false;
-    if (p[1] < low || p[1] > high) return false;
-    for (std::size_t i = 2; i < length; ++i)
-      if (p[i] < 0x80 || p[i] > 0xBF) return false;
+    const std::size_t length = FXUTFDetail::WellFormedLength(p, end);
+    if (length == 0) return false;
     p += length;
   }
   return true;

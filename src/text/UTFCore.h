@@ -63,6 +63,20 @@ inline bool IsSecondByteOk(std::uint8_t lead, std::uint8_t b) {
   }
 }
 
+// The length of the well-formed sequence at s (1 to 4; s < e), or 0 when
+// the bytes there are not one (overlongs, surrogates and values above
+// U+10FFFF included).
+inline std::size_t WellFormedLength(const std::uint8_t* s, const std::uint8_t* e) {
+  const std::uint8_t lead = *s;
+  if (lead < 0x80) return 1;
+  if (lead < 0xC2 || lead > 0xF4) return 0;
+  const std::size_t need = lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+  if (static_cast<std::size_t>(e - s) < need || !IsSecondByteOk(lead, s[1])) return 0;
+  for (std::size_t i = 2; i < need; ++i)
+    if (!IsContinuation(s[i])) return 0;
+  return need;
+}
+
 // The length of the maximal ill-formed subpart at s (at least 1): the
 // longest prefix of a well-formed sequence that is there.
 inline std::size_t MaximalSubpart(const std::uint8_t* s, const std::uint8_t* e) {

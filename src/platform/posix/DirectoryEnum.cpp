@@ -16,6 +16,7 @@
 #include "errors/ErrorUtil.h"
 #include "platform/OsFileApi.h"
 #include "platform/SystemError.h"
+#include "text/UTFCore.h"
 
 namespace FXPlatform {
 namespace {
@@ -34,31 +35,9 @@ CTimeStamp ToFileTime(long long seconds, unsigned nanoseconds) {
   return CTimeStamp::FromSystemTime(seconds * 10000000ll + nanoseconds / 100 + kUnixEpochTicks);
 }
 
-// Length of the well-formed UTF-8 sequence at text[0], 0 when ill-formed
-// (overlong forms, surrogates and values above U+10FFFF included).
+// Length of the well-formed UTF-8 sequence at text[0], 0 when ill-formed.
 std::size_t SequenceLength(const unsigned char* text, std::size_t left) {
-  const unsigned char lead = text[0];
-  if (lead < 0x80) return 1;
-  std::size_t length;
-  unsigned char low = 0x80;
-  unsigned char high = 0xBF;
-  if (lead >= 0xC2 && lead <= 0xDF) {
-    length = 2;
-  } else if (lead >= 0xE0 && lead <= 0xEF) {
-    length = 3;
-    if (lead == 0xE0) low = 0xA0;
-    if (lead == 0xED) high = 0x9F;
-  } else if (lead >= 0xF0 && lead <= 0xF4) {
-    length = 4;
-    if (lead == 0xF0) low = 0x90;
-    if (lead == 0xF4) high = 0x8F;
-  } else {
-    return 0;
-  }
-  if (left < length || text[1] < low || text[1] > high) return 0;
-  for (std::size_t i = 2; i < length; ++i)
-    if (text[i] < 0x80 || text[i] > 0xBF) return 0;
-  return length;
+  return FXUTFDetail::WellFormedLength(text, text + left);
 }
 
 // 0 for a name the path form carries, else the Win32 code saying why not.
