@@ -50,27 +50,27 @@ std::basic_string<Char> Conversion(Slot slot, Reader& in, bool wide) {
   const bool isChar = slot == kInt && !wide && c % 3 == 2;
   const bool isSigned = slot == kInt || slot == kLongLong || slot == kDouble || slot == kDouble2;
   const bool isFloat = slot == kDouble || slot == kDouble2;
-  std::string spec = "%";
-  if (f & 1) spec += '-';
-  if ((f & 2) && isSigned && !isChar) spec += '+';
-  if ((f & 4) && isSigned && !isChar) spec += ' ';
-  if ((f & 8) && (isFloat || slot == kUnsigned || slot == kULongLong)) spec += '#';
-  if ((f & 16) && !isString && !isChar) spec += '0';
+  std::string conversion = "%";
+  if (f & 1) conversion += '-';
+  if ((f & 2) && isSigned && !isChar) conversion += '+';
+  if ((f & 4) && isSigned && !isChar) conversion += ' ';
+  if ((f & 8) && (isFloat || slot == kUnsigned || slot == kULongLong)) conversion += '#';
+  if ((f & 16) && !isString && !isChar) conversion += '0';
   // Mostly narrow; a few widths land around the last buffer's size, where
   // a text either just fits or is cut.
-  if (w != 0) spec += std::to_string(w < 248 ? w : 0x20000u - 1024 + (w - 248) * 300u);
-  if (p != 0 && !isChar) spec += "." + std::to_string(p - 1);
+  if (w != 0) conversion += std::to_string(w < 248 ? w : 0x20000u - 1024 + (w - 248) * 300u);
+  if (p != 0 && !isChar) conversion += "." + std::to_string(p - 1);
   switch (slot) {
-    case kInt: spec += isChar ? "c" : (c % 3 == 0 ? "d" : "i"); break;
-    case kLongLong: spec += c % 2 ? "lld" : "lli"; break;
+    case kInt: conversion += isChar ? "c" : (c % 3 == 0 ? "d" : "i"); break;
+    case kLongLong: conversion += c % 2 ? "lld" : "lli"; break;
     case kDouble:
-    case kDouble2: spec += "feEgGaA"[c % 7]; break;
+    case kDouble2: conversion += "feEgGaA"[c % 7]; break;
     case kString:
-    case kString2: spec += wide ? "ls" : "s"; break;
-    case kUnsigned: spec += "uxXo"[c % 4]; break;
-    default: spec += "ll"; spec += "uxXo"[c % 4]; break;
+    case kString2: conversion += wide ? "ls" : "s"; break;
+    case kUnsigned: conversion += "uxXo"[c % 4]; break;
+    default: conversion += "ll"; conversion += "uxXo"[c % 4]; break;
   }
-  return std::basic_string<Char>(spec.begin(), spec.end());
+  return std::basic_string<Char>(conversion.begin(), conversion.end());
 }
 
 // Literal bytes, "%%", and conversions for the slots in turn.

@@ -203,7 +203,7 @@ TEST(FilterSet, AppliesSelectionExposeRootAndCase) {
   EXPECT_TRUE(empty.empty());
 }
 
-// The spec's steps as a plain loop over every term in stored order, on the
+// The decision's steps as a plain loop over every term in stored order, on the
 // set's public tree: the yardstick for the indexed decision.
 bool ReferenceIsIn(const CFilterSet& set, unsigned long applies, const std::string& path) {
   const CFilterTermTestString test(path, set.IsExposeRoot());
