@@ -14,22 +14,7 @@ namespace {
 
 template <class C>
 void Check(const std::basic_string<C>& pattern, const std::basic_string<C>& subject, int flags, bool insensitive) {
-  CPathMatchTemplate<C> matcher;
-  ZuTest::TReferenceMatch<C> reference;
-  if (insensitive) matcher.caseInsensitive();
-  reference.insensitive = insensitive;
-  CPathMatchWorkData wd;
-  const int got = matcher.fnmatch(wd, pattern.c_str(), subject.c_str(), flags);
-  const bool want = reference.Match(pattern.c_str(), subject.c_str(), flags);
-  std::ptrdiff_t position = ZuTest::TReferenceMatch<C>::kNone;
-  if (wd.nextBasenameExists()) {
-    const C* p = static_cast<const C*>(wd.getNextBasenamePosition());
-    position = p >= pattern.c_str() && p <= pattern.c_str() + pattern.size() ? p - pattern.c_str()
-                                                                             : ZuTest::TReferenceMatch<C>::kEndSentinel;
-  }
-  if (got != (want ? 1 : 0) || position != reference.nextBasename || wd.isRecursiveMatch() != reference.recursive ||
-      wd.isMatchEverything() != reference.matchEverything || wd.isLiteralMatch() != reference.literal)
-    std::abort();
+  if (!ZuTest::CompareWithReference(pattern, subject, flags, insensitive).empty()) std::abort();
 }
 
 }  // namespace

@@ -5,6 +5,9 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
+
+#include "paths/PathMatch.h"
 
 namespace ZuTest {
 
@@ -184,5 +187,32 @@ struct TReferenceMatch {
     return false;
   }
 };
+
+// The matcher next to the reference on one pair: the answer, every
+// work-data mark and the next-basename position. Empty when they agree,
+// else the first thing that differs.
+template <class C>
+std::string CompareWithReference(const std::basic_string<C>& pattern, const std::basic_string<C>& subject, int flags,
+                                 bool insensitive) {
+  CPathMatchTemplate<C> matcher;
+  TReferenceMatch<C> reference;
+  if (insensitive) matcher.caseInsensitive();
+  reference.insensitive = insensitive;
+  CPathMatchWorkData wd;
+  const int got = matcher.fnmatch(wd, pattern.c_str(), subject.c_str(), flags);
+  const bool want = reference.Match(pattern.c_str(), subject.c_str(), flags);
+  std::ptrdiff_t position = TReferenceMatch<C>::kNone;
+  if (wd.nextBasenameExists()) {
+    const C* p = static_cast<const C*>(wd.getNextBasenamePosition());
+    position = p >= pattern.c_str() && p <= pattern.c_str() + pattern.size() ? p - pattern.c_str()
+                                                                             : TReferenceMatch<C>::kEndSentinel;
+  }
+  if (got != (want ? 1 : 0)) return "answer " + std::to_string(got);
+  if (position != reference.nextBasename) return "next basename " + std::to_string(position);
+  if (wd.isRecursiveMatch() != reference.recursive) return "recursive mark";
+  if (wd.isMatchEverything() != reference.matchEverything) return "match-everything mark";
+  if (wd.isLiteralMatch() != reference.literal) return "literal mark";
+  return std::string();
+}
 
 }  // namespace ZuTest

@@ -6,7 +6,7 @@
 
 #include "IniVectors.h"
 #include "platform/FileSystem.h"
-#include "platform/PlainFile.h"
+#include "support/FileBytes.h"
 #include "platform/ZuTypes.h"
 #include "text/IniFile.h"
 
@@ -14,21 +14,8 @@ namespace {
 
 std::string TempIni(const std::string& name) { return FXPlatform::TempDirectory() + "zu_ini_" + name + ".ini"; }
 
-void WriteFile(const std::string& path, const std::string& bytes) {
-  FXPlatform::CPlainFile file;
-  ASSERT_EQ(0u, file.Open(path, FXPlatform::EPlainFileOpen::kCreateAlways).win32) << path;
-  ASSERT_EQ(0u, file.Write(bytes.data(), bytes.size()).win32);
-}
-
-std::string ReadFile(const std::string& path) {
-  FXPlatform::CPlainFile file;
-  std::string out;
-  if (file.Open(path, FXPlatform::EPlainFileOpen::kReadExisting).win32 != 0) return "<missing>";
-  char buffer[4096];
-  std::size_t read = 0;
-  while (file.Read(buffer, sizeof buffer, read).win32 == 0 && read > 0) out.append(buffer, read);
-  return out;
-}
+using ZuTest::ReadBytes;
+using ZuTest::WriteBytes;
 
 typedef std::vector<std::string> Strings;
 
@@ -59,7 +46,7 @@ TEST(IniFile, AgreesWithThePrivateProfileService) {
     if (what == "case") {
       caseName = call.at(1);
       const std::string path = TempIni("vector_" + caseName);
-      WriteFile(path, call.at(2));
+      WriteBytes(path, call.at(2));
       reader.setINIFileName(path);
       ++cases;
       continue;
@@ -81,7 +68,7 @@ TEST(IniFile, AgreesWithThePrivateProfileService) {
       ++failures;
       ADD_FAILURE() << "case " << caseName << ": " << line.substr(0, 200) << "\n  got: "
                     << FXIniVectors::Record({"="}, got).substr(0, 300) << "\n  file: "
-                    << FXIniVectors::Escape(ReadFile(TempIni("vector_" + caseName))).substr(0, 400);
+                    << FXIniVectors::Escape(ReadBytes(TempIni("vector_" + caseName))).substr(0, 400);
     }
   }
   EXPECT_EQ(160, cases);
@@ -91,7 +78,7 @@ TEST(IniFile, AgreesWithThePrivateProfileService) {
 TEST(IniFile, TrimmingGrowthAndEmptySections) {
   const std::string path = TempIni("basics");
   const std::string big(2500, 'L');
-  WriteFile(path, "[s]\r\nv=  abc \t\r\nlong=" + big + "\r\n[empty]\r\n[comments]\r\n;k=1\r\nbare\r\n");
+  WriteBytes(path, "[s]\r\nv=  abc \t\r\nlong=" + big + "\r\n[empty]\r\n[comments]\r\n;k=1\r\nbare\r\n");
   INIFileReader reader(path);
   EXPECT_EQ("abc", reader.getKeyValue("s", "v"));
   EXPECT_EQ(big, reader.getKeyValue("S", "LONG"));
@@ -117,7 +104,7 @@ TEST(IniFile, SectionNamesStopAt998Characters) {
   const std::string path = TempIni("names");
   std::string text;
   for (int i = 0; i < 100; ++i) text += "[name_number_" + std::to_string(1000 + i) + "]\nk=1\n";  // 17 + NUL each
-  WriteFile(path, text);
+  WriteBytes(path, text);
   INIFileReader reader(path);
   const Strings& names = reader.getSectionNames();
   ASSERT_EQ(59u, names.size());  // 58 whole names (986 characters) and 12 of the next
@@ -132,23 +119,23 @@ TEST(IniFile, SectionNamesStopAt998Characters) {
 TEST(IniFile, SetKeyValueKeepsTheOtherLines) {
   if (kZuIsWindows) GTEST_SKIP() << "the layout of a rewritten file is the service's";
   const std::string path = TempIni("write");
-  WriteFile(path, "; head\n\n[a]\nk = old ; c\n\n  ; note\n[b]\nx=1\n\n\n[c]\n");
+  WriteBytes(path, "; head\n\n[a]\nk = old ; c\n\n  ; note\n[b]\nx=1\n\n\n[c]\n");
   INIFileReader reader(path);
   EXPECT_NE(0u, reader.setKeyValue("A", "K", "  new"));
   EXPECT_NE(0u, reader.setKeyValue("b", "y", "2"));
   EXPECT_NE(0u, reader.setKeyValue("c", "z", "3"));
   EXPECT_NE(0u, reader.setKeyValue(" d ", " w ", "4"));
-  EXPECT_EQ("; head\n\n[a]\nk=new\n\n  ; note\n[b]\nx=1\ny=2\n\n\n[c]\nz=3\n[d]\nw=4\n", ReadFile(path));
+  EXPECT_EQ("; head\n\n[a]\nk=new\n\n  ; note\n[b]\nx=1\ny=2\n\n\n[c]\nz=3\n[d]\nw=4\n", ReadBytes(path));
   EXPECT_EQ("new", reader.getKeyValue("a", "k"));
   EXPECT_EQ((Strings{"a", "b", "c", "d"}), reader.getSectionNames());
 
   // A file without a line end at its end, with CR LF lines; a new file.
-  WriteFile(path, "[a]\r\nk=1");
+  WriteBytes(path, "[a]\r\nk=1");
   EXPECT_NE(0u, reader.setKeyValue("b", "k", "2"));
-  EXPECT_EQ("[a]\r\nk=1\r\n[b]\r\nk=2\r\n", ReadFile(path));
+  EXPECT_EQ("[a]\r\nk=1\r\n[b]\r\nk=2\r\n", ReadBytes(path));
   FXPlatform::DeleteFileAt(path);
   EXPECT_NE(0u, reader.setKeyValue("n", "k", "v"));
-  EXPECT_EQ("[n]\r\nk=v\r\n", ReadFile(path));
+  EXPECT_EQ("[n]\r\nk=v\r\n", ReadBytes(path));
   Strings left;
   ASSERT_FALSE(FXPlatform::ListDirectory(FXPlatform::TempDirectory(), left).IsError());
   for (const std::string& name : left) EXPECT_EQ(std::string::npos, name.find("zu_ini_write.ini.~")) << name;
@@ -159,7 +146,7 @@ TEST(IniFile, BadFiles) {
   const std::string path = TempIni("bad");
   std::string binary;
   for (int i = 0; i < 70000; ++i) binary += static_cast<char>((i * 7919) >> 3);
-  WriteFile(path, binary);
+  WriteBytes(path, binary);
   INIFileReader reader(path);
   reader.getSectionNames();
   reader.getKeyValue("a", "b");
@@ -167,15 +154,15 @@ TEST(IniFile, BadFiles) {
 
   std::string many;
   for (int i = 0; i < 100000; ++i) many += "[s" + std::to_string(i) + "]\nk=" + std::to_string(i) + "\n";
-  WriteFile(path, many);
+  WriteBytes(path, many);
   EXPECT_EQ("99999", reader.getKeyValue("s99999", "k"));
   EXPECT_LT(reader.getSectionNames().size(), 300u);
 
   // A value of 100,000 characters, read in a hundred growing calls.
-  WriteFile(path, "[big]\nk=" + std::string(100000, 'v') + "\n");
+  WriteBytes(path, "[big]\nk=" + std::string(100000, 'v') + "\n");
   EXPECT_EQ(100000u, reader.getKeyValue("big", "k").size());
   // 64 MiB, most of it one comment line.
-  WriteFile(path, "; " + std::string(64u << 20, 'c') + "\n[big]\nk=v\n");
+  WriteBytes(path, "; " + std::string(64u << 20, 'c') + "\n[big]\nk=v\n");
   EXPECT_EQ("v", reader.getKeyValue("big", "k"));
   FXPlatform::DeleteFileAt(path);
 }

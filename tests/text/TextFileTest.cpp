@@ -7,7 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/FileSystem.h"
-#include "platform/PlainFile.h"
+#include "support/FileBytes.h"
 #include "platform/ZuTypes.h"
 #include "text/StringConvert.h"
 #include "text/TextFile.h"
@@ -16,21 +16,8 @@ namespace {
 
 std::string TempPath(const std::string& name) { return FXPlatform::TempDirectory() + "zu_textfile_" + name; }
 
-void WriteBytes(const std::string& path, const std::string& bytes) {
-  FXPlatform::CPlainFile file;
-  ASSERT_EQ(0u, file.Open(path, FXPlatform::EPlainFileOpen::kCreateAlways).win32) << path;
-  ASSERT_EQ(0u, file.Write(bytes.data(), bytes.size()).win32);
-}
-
-std::string ReadBytes(const std::string& path) {
-  FXPlatform::CPlainFile file;
-  std::string out;
-  if (file.Open(path, FXPlatform::EPlainFileOpen::kReadExisting).win32 != 0) return "<missing>";
-  char buffer[4096];
-  std::size_t read = 0;
-  while (file.Read(buffer, sizeof buffer, read).win32 == 0 && read > 0) out.append(buffer, read);
-  return out;
-}
+using ZuTest::ReadBytes;
+using ZuTest::WriteBytes;
 
 std::string Utf8Of(const std::string& text) { return text; }
 std::string Utf8Of(const std::wstring& text) { return FXString::ToString(text); }
